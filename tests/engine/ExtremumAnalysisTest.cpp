@@ -95,7 +95,7 @@ TEST(PitchAnalysis, ASine441HasExtremaEvery50SamplesAndAFrequencyNear441) {
     ConfigureVoice(s.get());
     WFETMidiOut out{};
     const std::vector<int16_t> tone = Render({.frequency = 441, .seconds = 0.5});
-    for (size_t i = 0; i < tone.size(); i += 16) {
+    for (size_t i = 0; i + 16 <= tone.size(); i += 16) {
         WFETProcess(s.get(), tone.data() + i, 32);
         WFETCalc(s.get(), &out);
     }
