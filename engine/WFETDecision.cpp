@@ -114,8 +114,8 @@ void WFETMIDI(WFETState* s, WFETMidiOut* out) {
         return;
     }
 
-    // Note numbers are not limited to 0..127 here: the caller adds its transposition and keeps
-    // the low 7 bits that MIDI carries. While a note sounds its search spans only the bend
+    // Note numbers are not limited to 0..127 here: the caller adds its transposition and
+    // decides what to do with numbers MIDI cannot carry. While a note sounds its search spans only the bend
     // range, so a re-trigger may leave the configured note range; the filters still attenuate
     // what lies outside it.
     const double pitch = 69 + 12 * std::log(s->decisionFreq / s->refPitch) / std::log(2.0);
