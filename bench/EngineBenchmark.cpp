@@ -8,8 +8,8 @@
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cmath>
+#include <ctime>
 #include <numbers>
 #include <random>
 #include <vector>
@@ -66,6 +66,14 @@ std::vector<int16_t> Dither() {
 
 std::vector<int16_t> Silence() { return std::vector<int16_t>(kRate, 0); }
 
+// CPU time of this thread: the worst frame is the engine's own cost, not the time another
+// process held the core.
+double ThreadMicroseconds() {
+    timespec t{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    return static_cast<double>(t.tv_sec) * 1e6 + static_cast<double>(t.tv_nsec) * 1e-3;
+}
+
 // Voice settings, as a preset feeds them.
 void Configure(WFETState* s) {
     const std::pair<int16_t, double> steps[] = {
@@ -91,17 +99,21 @@ template <std::vector<int16_t> (*Make)()> void BM_OneSecond(benchmark::State& st
         WFETProcess(s, tone.data() + i, 32);
         WFETCalc(s, &out);
     }
-    double worst = 0;
     for (auto _ : state) {
         for (size_t i = 0; i + 16 <= audio.size(); i += 16) {
-            const auto start = std::chrono::steady_clock::now();
             WFETProcess(s, audio.data() + i, 32);
             WFETCalc(s, &out);
-            const std::chrono::duration<double, std::micro> took =
-                std::chrono::steady_clock::now() - start;
-            worst = std::max(worst, took.count());
         }
         benchmark::DoNotOptimize(out);
+    }
+    // One more second, timed frame by frame outside the measured loop: reading the thread
+    // clock costs more than a frame.
+    double worst = 0;
+    for (size_t i = 0; i + 16 <= audio.size(); i += 16) {
+        const double start = ThreadMicroseconds();
+        WFETProcess(s, audio.data() + i, 32);
+        WFETCalc(s, &out);
+        worst = std::max(worst, ThreadMicroseconds() - start);
     }
     state.counters["worst_frame_us"] = worst;
     state.counters["x_realtime"] = benchmark::Counter(
