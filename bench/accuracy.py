@@ -38,7 +38,7 @@ def parse_args(argv):
     p.add_argument("--keep", metavar="DIR", help="keep the converters' outputs and logs in DIR")
     args = p.parse_args(argv)
     try:
-        converters = [Converter.parse(spec) for spec in args.converter]
+        converters = [Converter.parse(definition) for definition in args.converter]
     except ValueError as e:
         p.error(str(e))
     if args.aubio:

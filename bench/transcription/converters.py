@@ -42,11 +42,11 @@ class Converter:
         self.label, self.template, self.fmt = label, template, fmt
 
     @classmethod
-    def parse(cls, spec):
+    def parse(cls, definition):
         """`LABEL=COMMAND` or `LABEL:FORMAT=COMMAND`; the format defaults to mid."""
-        label, sep, template = spec.partition("=")
+        label, sep, template = definition.partition("=")
         if not sep or not label:
-            raise ValueError(f"expected LABEL='COMMAND', got '{spec}'")
+            raise ValueError(f"expected LABEL='COMMAND', got '{definition}'")
         label, _, fmt = label.partition(":")
         return cls(label, template, fmt or "mid")
 
