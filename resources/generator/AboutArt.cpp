@@ -76,7 +76,8 @@ void DrawAbout(QPainter& p) {
 }
 
 void DrawAboutScroll(QPainter& p) {
-    FillDark(p, 221);
+    // Flat, not a gradient: the picture scrolls, and a gradient would crawl with it.
+    p.fillRect(QRectF(0, 0, kWidth, 221), colour::panelBottom);
     struct Line {
         const char* text;
         bool heading;
@@ -96,7 +97,7 @@ void DrawAboutScroll(QPainter& p) {
         {"JACK, ALSA, FluidSynth, LV2", false},
         {"records Standard MIDI Files", false},
         {"", false},
-        {"Made for Linux", true},
+        {"MADE FOR LINUX", true},
         {"with Qt, libsndfile and friends", false},
     };
     qreal y = 18;
@@ -104,7 +105,6 @@ void DrawAboutScroll(QPainter& p) {
         if (line.heading) {
             DrawCaption(p, QPointF(kWidth / 2, y), QString::fromUtf8(line.text),
                         Qt::AlignHCenter, 8);
-            p.setPen(colour::amber);
         } else if (line.text[0] != '\0') {
             QFont font = Font(10, QFont::Normal);
             p.setFont(font);

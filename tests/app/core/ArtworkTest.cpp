@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QDirIterator>
 #include <QImage>
+#include <QProcess>
+#include <QTemporaryDir>
 #include <string>
 
 using namespace vocato;
@@ -113,5 +116,35 @@ TEST_F(ArtworkTest, TheNameFieldsArePaleEnoughForBlackText) {
     // Just right of the buttons, where the names are drawn at y 50, 80 and 115.
     for (QPoint field : {QPoint(300, 46), QPoint(300, 76), QPoint(300, 111), QPoint(158, 170)}) {
         EXPECT_GT(qGray(skin.pixel(field)), 170) << field.x() << "," << field.y();
+    }
+}
+
+TEST_F(ArtworkTest, TheLinkedPicturesAreWhatTheGeneratorDrawsNow) {
+    QTemporaryDir fresh;
+    ASSERT_TRUE(fresh.isValid());
+    QProcess generator;
+    generator.start(VOCATO_ARTWORK_GENERATOR, {fresh.path()});
+    ASSERT_TRUE(generator.waitForFinished(120000));
+    ASSERT_EQ(generator.exitCode(), 0) << generator.readAllStandardError().toStdString();
+
+    QStringList generated;
+    QDirIterator files(fresh.path(), {"*.png"}, QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        generated << QDir(fresh.path()).relativeFilePath(files.next());
+    }
+    QStringList linked;
+    QDirIterator resources(":/vocato", {"*.png"}, QDir::Files, QDirIterator::Subdirectories);
+    while (resources.hasNext()) {
+        linked << resources.next().mid(QStringLiteral(":/vocato/").size());
+    }
+    generated.sort();
+    linked.sort();
+    ASSERT_EQ(generated, linked) << "run the regenerate_artwork target and commit the result";
+    for (const QString& file : generated) {
+        QImage drawn(QDir(fresh.path()).filePath(file));
+        QImage committed(":/vocato/" + file);
+        EXPECT_EQ(drawn.convertToFormat(QImage::Format_ARGB32),
+                  committed.convertToFormat(QImage::Format_ARGB32))
+            << file.toStdString() << " differs: run the regenerate_artwork target";
     }
 }
