@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+
+namespace vocato {
+
+// Results of message, settings and resource operations. Zero is success; the
+// errors are negative so that `if (status < B_OK)` reads as it did on the
+// platform these names come from.
+using status_t = int32_t;
+
+inline constexpr status_t B_OK = 0;
+inline constexpr status_t B_ERROR = -1;
+inline constexpr status_t B_BAD_VALUE = -2;
+inline constexpr status_t B_BAD_TYPE = -3;
+inline constexpr status_t B_NAME_NOT_FOUND = -4;
+inline constexpr status_t B_BAD_INDEX = -5;
+inline constexpr status_t B_ENTRY_NOT_FOUND = -6;
+inline constexpr status_t B_IO_ERROR = -7;
+inline constexpr status_t B_BAD_DATA = -8;
+
+} // namespace vocato
