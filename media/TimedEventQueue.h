@@ -11,7 +11,7 @@
 
 namespace vocato::media {
 
-enum class EventType : int32_t { Parameter, Stop, DataStatus };
+enum class EventType : int32_t { Parameter, DataStatus };
 
 struct TimedEvent {
     int64_t time = 0; // microseconds on the node's clock
