@@ -80,8 +80,15 @@ std::vector<float> RenderMelody(const std::vector<Note>& notes, int program, dou
             synth->Send(it->second, 0);
         }
     }
+    float peak = 0.0f;
     for (size_t i = 0; i < total; ++i) {
         mono[i] = 0.5f * (left[i] + right[i]);
+        peak = std::max(peak, std::fabs(mono[i]));
+    }
+    // Normalised to a peak of -3 dBFS, as the benchmark's recordings are.
+    const float gain = peak > 0.0f ? 0.708f / peak : 1.0f;
+    for (float& v : mono) {
+        v *= gain;
     }
     return mono;
 }

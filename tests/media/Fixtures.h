@@ -31,7 +31,8 @@ struct Note {
     double offset; // seconds
 };
 
-// Renders the notes with FluidSynth and the General MIDI SoundFont, mono, dry.
+// Renders the notes with FluidSynth and the General MIDI SoundFont, mono, dry, with its peak
+// at -3 dBFS.
 std::vector<float> RenderMelody(const std::vector<Note>& notes, int program, double rate,
                                 double tailSeconds = 0.5);
 
