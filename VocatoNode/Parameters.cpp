@@ -1,0 +1,215 @@
+// The sixteen parameters: queued on any thread, applied on the node thread when due.
+#include "VocatoNode.h"
+
+#include "Truncate.h"
+
+#include <cstring>
+
+namespace vocato {
+namespace {
+
+// The engine code each tuning value feeds; -1 for the values the engine is not told of.
+int16_t EngineCode(int32_t id) noexcept {
+    switch (id) {
+    case PARAM_START_DISTANCE: return WFET_START_DISTANCE;
+    case PARAM_HOLD_DISTANCE: return WFET_HOLD_DISTANCE;
+    case PARAM_START_LEVEL_DB: return WFET_START_LEVEL_DB;
+    case PARAM_HOLD_LEVEL_DB: return WFET_HOLD_LEVEL_DB;
+    case PARAM_BEND_RANGE: return WFET_BEND_RANGE;
+    case PARAM_START_PERIODS: return WFET_START_PERIODS;
+    case PARAM_HOLD_PERIODS: return WFET_HOLD_PERIODS;
+    case PARAM_LAG_WEIGHT: return WFET_LAG_WEIGHT;
+    case PARAM_FILTER_SPAN: return WFET_FILTER_SPAN;
+    case PARAM_CONTINUITY: return WFET_CONTINUITY;
+    case PARAM_LEVEL_CEIL_DB: return WFET_LEVEL_CEIL_DB;
+    case PARAM_MIDI_MIN: return WFET_MIN_NOTE;
+    case PARAM_MIDI_MAX: return WFET_MAX_NOTE;
+    default: return -1;
+    }
+}
+
+} // namespace
+
+std::atomic<float>* VocatoNode::FloatField(int32_t id) noexcept {
+    switch (id) {
+    case PARAM_START_DISTANCE: return &fStartDistance;
+    case PARAM_HOLD_DISTANCE: return &fHoldDistance;
+    case PARAM_START_LEVEL_DB: return &fStartLevelDb;
+    case PARAM_HOLD_LEVEL_DB: return &fHoldLevelDb;
+    case PARAM_BEND_RANGE: return &fBendRange;
+    case PARAM_TRANSPOSE: return &fTranspose;
+    case PARAM_START_PERIODS: return &fStartPeriods;
+    case PARAM_HOLD_PERIODS: return &fHoldPeriods;
+    case PARAM_LAG_WEIGHT: return &fLagWeight;
+    case PARAM_FILTER_SPAN: return &fFilterSpan;
+    case PARAM_CONTINUITY: return &fContinuity;
+    case PARAM_LEVEL_CEIL_DB: return &fLevelCeilDb;
+    default: return nullptr;
+    }
+}
+
+std::atomic<int32_t>* VocatoNode::IntField(int32_t id) noexcept {
+    switch (id) {
+    case PARAM_PRESET: return &fPreset;
+    case PARAM_MIDI_MIN: return &fMidiMin;
+    case PARAM_MIDI_MAX: return &fMidiMax;
+    case PARAM_PROGRAM: return &fProgram;
+    default: return nullptr;
+    }
+}
+
+void VocatoNode::SetParameterValue(int32_t id, int64_t when, const void* value,
+                                   size_t size) noexcept {
+    if (ParameterIndex(id) < 0 || size < 4) {
+        return;
+    }
+    media::TimedEvent event;
+    event.time = when;
+    event.type = media::EventType::Parameter;
+    event.id = id;
+    std::memcpy(event.value, value, 4);
+    fEvents.Push(event);
+}
+
+media::Status VocatoNode::GetParameterValue(int32_t id, int64_t* lastChange, void* value,
+                                            size_t* ioSize) const noexcept {
+    if (*ioSize < 4) {
+        return media::kNoMemory;
+    }
+    const int index = ParameterIndex(id);
+    if (index < 0) {
+        return media::kError;
+    }
+    auto* self = const_cast<VocatoNode*>(this);
+    if (std::atomic<float>* field = self->FloatField(id)) {
+        const float v = field->load(std::memory_order_relaxed);
+        std::memcpy(value, &v, 4);
+    } else if (id == PARAM_MIDI_MIN || id == PARAM_MIDI_MAX) {
+        const auto v = static_cast<float>(self->IntField(id)->load(std::memory_order_relaxed));
+        std::memcpy(value, &v, 4);
+    } else {
+        const int32_t v = self->IntField(id)->load(std::memory_order_relaxed);
+        std::memcpy(value, &v, 4);
+    }
+    *lastChange = fLastChange[static_cast<size_t>(index)].load(std::memory_order_relaxed);
+    *ioSize = 4;
+    return media::kOk;
+}
+
+void VocatoNode::SetLastChange(int32_t id, int64_t when) noexcept {
+    fLastChange[static_cast<size_t>(ParameterIndex(id))].store(when, std::memory_order_relaxed);
+}
+
+void VocatoNode::Broadcast(int64_t when, int32_t id, const void* value) noexcept {
+    for (ParameterListener* listener : fListeners) {
+        if (listener != nullptr) {
+            listener->ParameterChanged(when, id, value, 4);
+        }
+    }
+}
+
+void VocatoNode::ApplyParameterData(const void* data, size_t size) noexcept {
+    // Records of an int32 id followed by its 4 value bytes, applied as if set just now.
+    const auto* bytes = static_cast<const uint8_t*>(data);
+    for (size_t at = 0; at + 8 <= size; at += 8) {
+        int32_t id;
+        std::memcpy(&id, bytes + at, 4);
+        SetParameterValue(id, NowMicros(), bytes + at + 4, 4);
+    }
+}
+
+void VocatoNode::handleParameterEvent(const media::TimedEvent& event) noexcept {
+    const int32_t id = event.id;
+    const int64_t now = NowMicros();
+    float asFloat;
+    int32_t asInt;
+    std::memcpy(&asFloat, event.value, 4);
+    std::memcpy(&asInt, event.value, 4);
+
+    switch (id) {
+    case PARAM_TRANSPOSE:
+        if (asFloat == fTranspose.load()) {
+            return;
+        }
+        fTranspose.store(asFloat);
+        SetLastChange(id, now);
+        SendAllNotesOff(true);
+        SendExpression(fChannel, 127, NowMs());
+        if (fWindow != nullptr) {
+            fWindow->SetTranspose(asFloat);
+        }
+        Broadcast(now, id, &asFloat);
+        return;
+    case PARAM_PRESET: {
+        if (asInt == fPreset.load()) {
+            return;
+        }
+        fPreset.store(asInt);
+        ChangePreset(asInt);
+        SetLastChange(id, now);
+        Broadcast(now, id, &asInt);
+        const float range = fBendRange.load();
+        const auto low = static_cast<float>(fMidiMin.load());
+        const auto high = static_cast<float>(fMidiMax.load());
+        Broadcast(now, PARAM_BEND_RANGE, &range);
+        Broadcast(now, PARAM_MIDI_MIN, &low);
+        Broadcast(now, PARAM_MIDI_MAX, &high);
+        for (int32_t tuning : {PARAM_START_LEVEL_DB, PARAM_HOLD_LEVEL_DB, PARAM_START_DISTANCE,
+                               PARAM_HOLD_DISTANCE, PARAM_START_PERIODS, PARAM_HOLD_PERIODS,
+                               PARAM_LAG_WEIGHT, PARAM_CONTINUITY, PARAM_LEVEL_CEIL_DB}) {
+            const float v = FloatField(tuning)->load();
+            Broadcast(now, tuning, &v);
+        }
+        return;
+    }
+    case PARAM_MIDI_MIN:
+    case PARAM_MIDI_MAX: {
+        const int32_t note = TruncToward0<int32_t>(asFloat);
+        std::atomic<int32_t>& field = *IntField(id);
+        if (note == field.load()) {
+            return;
+        }
+        field.store(note);
+        SetLastChange(id, now);
+        if (fEngine != nullptr) {
+            fEngine->Set(EngineCode(id), note);
+        }
+        if (fWindow != nullptr) {
+            if (id == PARAM_MIDI_MIN) {
+                fWindow->SetMidiMin(static_cast<float>(note));
+            } else {
+                fWindow->SetMidiMax(static_cast<float>(note));
+            }
+        }
+        Broadcast(now, id, &asFloat);
+        return;
+    }
+    case PARAM_PROGRAM:
+        if (asInt == fProgram.load()) {
+            return;
+        }
+        fProgram.store(asInt);
+        SendProgramChange(1, static_cast<short>(asInt), NowMs());
+        SetLastChange(id, now);
+        Broadcast(now, id, &asInt);
+        return;
+    default:
+        break;
+    }
+
+    std::atomic<float>* field = FloatField(id);
+    if (field == nullptr || asFloat == field->load()) {
+        return;
+    }
+    field->store(asFloat);
+    SetLastChange(id, now);
+    if (fEngine != nullptr) {
+        fEngine->Set(EngineCode(id), asFloat);
+    }
+    if (id == PARAM_BEND_RANGE) {
+        SendBendRange(1, static_cast<unsigned char>(TruncToward0<int32_t>(asFloat)), NowMs());
+    }
+    Broadcast(now, id, &asFloat);
+}
+
+} // namespace vocato
