@@ -76,10 +76,11 @@ void MainView::DrawNotePass() {
         const int d = n - 24;
         octave = d / 12;
         key = d - 12 * octave + 1;
+        // The pictures have soft edges: each goes onto clean skin, not over the last one.
         if (drawnOctave_ != octave) {
-            p.drawImage(OctaveX(drawnOctave_), kKeyboardTop, octaveImages_[0]);
+            DrawOnSkin(p, QPoint(OctaveX(drawnOctave_), kKeyboardTop), octaveImages_[0]);
         }
-        p.drawImage(OctaveX(octave), kKeyboardTop, octaveImages_[key]);
+        DrawOnSkin(p, QPoint(OctaveX(octave), kKeyboardTop), octaveImages_[key]);
         update(QRect(OctaveX(std::min(octave, drawnOctave_)), kKeyboardTop,
                      kOctaveWidth * (std::abs(octave - drawnOctave_) + 1), 60));
     }
@@ -112,7 +113,7 @@ void MainView::DrawPitchPass() {
     const int frame = std::clamp(static_cast<int>(b) / 512, 0, 31);
     pitchRedraw_ = false;
     QPainter p(&canvas_);
-    p.drawImage(kWheelCorner, meterImages_[frame]);
+    DrawOnSkin(p, kWheelCorner, meterImages_[frame]);
     update(QRect(kWheelCorner, meterImages_[frame].size()));
     lastPitchBend_ = b;
 }

@@ -132,6 +132,11 @@ void MainView::CopySkin(QPainter& p, const QRect& area) {
     p.setCompositionMode(QPainter::CompositionMode_SourceOver);
 }
 
+void MainView::DrawOnSkin(QPainter& p, QPoint at, const QImage& image) {
+    CopySkin(p, QRect(at, image.size()));
+    p.drawImage(at, image);
+}
+
 void MainView::paintEvent(QPaintEvent*) {
     // An expose always shows both selectors as the window's state has them now.
     PaintTransposeStrip();
@@ -194,7 +199,7 @@ void MainView::PaintTransposeStrip() {
     }
     QPainter p(&canvas_);
     CopySkin(p, kTransposeStrip);
-    p.drawImage(x, 157, onImage_);
+    DrawOnSkin(p, QPoint(x, 157), onImage_);
 }
 
 void MainView::RadioButtonClic(QPointF where) {
@@ -240,7 +245,7 @@ void MainView::PaintSourceStrip() {
     const int y = host_.PanelState().liveInput ? 131 : 103;
     QPainter p(&canvas_);
     CopySkin(p, kSourceStrip);
-    p.drawImage(166, y, onImage_);
+    DrawOnSkin(p, QPoint(166, y), onImage_);
 }
 
 void MainView::KillOscilloThread() { oscilloTimer_.stop(); }

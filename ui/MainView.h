@@ -73,6 +73,7 @@ private:
     void AddButtons(const Artwork& artwork);
     void DrawLabels(QPainter& p, Graf& graf);
     void CopySkin(QPainter& p, const QRect& area);
+    void DrawOnSkin(QPainter& p, QPoint at, const QImage& image);
     void PaintTransposeStrip();
     void PaintSourceStrip();
 

@@ -1,0 +1,137 @@
+#include "PanelFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace vocato::ui;
+using namespace vocato::ui::testing;
+
+namespace {
+
+void Click(MainView* view, QPoint at, Qt::MouseButton button = Qt::LeftButton) {
+    QTest::mouseClick(view, button, {}, at);
+    QTest::qWait(10);
+}
+
+bool TransposeLitAt(Panel& panel, int x) { return panel.ShowsOnSkin(panel.artwork.Image("On"), {x, 157}); }
+bool SourceLitAt(Panel& panel, int y) { return panel.ShowsOnSkin(panel.artwork.Image("On"), {166, y}); }
+
+} // namespace
+
+TEST(MainView, ButtonsSitAtTheirCornersAndPlayWaveStartsDisabled) {
+    Panel panel;
+    const std::pair<PanelButton, QPoint> corners[] = {
+        {PanelButton::PlayWave, {193, 159}}, {PanelButton::RecMidi, {232, 159}},
+        {PanelButton::StopMidi, {273, 159}}, {PanelButton::Input, {193, 125}},
+        {PanelButton::WaveFile, {193, 97}},  {PanelButton::Instrument, {193, 34}},
+        {PanelButton::Preset, {193, 62}},    {PanelButton::Panic, {400, 34}}};
+    for (auto [button, corner] : corners) {
+        EXPECT_EQ(panel.view->Button(button)->pos(), corner);
+    }
+    EXPECT_EQ(panel.view->Button(PanelButton::RecMidi)->size(), QSize(35, 25));
+    EXPECT_EQ(panel.view->Button(PanelButton::Panic)->size(), QSize(38, 28));
+    EXPECT_FALSE(panel.view->Button(PanelButton::PlayWave)->isEnabled());
+    EXPECT_EQ(panel.view->InstrumentName(), "ACOUSTIC GRAND");
+    EXPECT_EQ(panel.view->PresetName(), "Default");
+}
+
+TEST(MainView, ButtonClicksSendTheirMessagesAndTwoStateButtonsStayDown) {
+    Panel panel;
+    QSignalSpy sent(panel.view.get(), &MainView::ButtonMessage);
+    PictureButton* rec = panel.view->Button(PanelButton::RecMidi);
+    QTest::mouseClick(rec, Qt::LeftButton);
+    QTest::mouseClick(panel.view->Button(PanelButton::Panic), Qt::LeftButton);
+    QTest::mouseClick(panel.view->Button(PanelButton::PlayWave), Qt::LeftButton);
+    ASSERT_EQ(sent.count(), 2) << "a disabled button sends nothing";
+    EXPECT_EQ(sent.at(0).at(0).value<uint32_t>(), 0x4d526563u); // 'MRec'
+    EXPECT_EQ(sent.at(1).at(0).value<uint32_t>(), 0x4250616eu); // 'BPan'
+    EXPECT_EQ(rec->Value(), 1);
+    QTest::qWait(10);
+    const QImage on = panel.artwork.Button("RecMidi").enabledOn;
+    EXPECT_TRUE(panel.ShowsOnSkin(on, {232, 159})) << "the two-state button shows its on face";
+}
+
+TEST(MainView, ATransposeSpotIsSelectedOnlyInsideItsOpenBounds) {
+    Panel panel;
+    EXPECT_TRUE(TransposeLitAt(panel, 513)) << "no transposition lights the 0 spot";
+    Click(panel.view.get(), {452, 160});
+    Click(panel.view.get(), {467, 160});
+    EXPECT_TRUE(panel.host.sentTranspose.empty());
+    Click(panel.view.get(), {460, 165});
+    EXPECT_EQ(panel.host.state.transpose, -24);
+    ASSERT_EQ(panel.host.sentTranspose, std::vector<float>{-24});
+    EXPECT_TRUE(TransposeLitAt(panel, 452));
+    EXPECT_FALSE(TransposeLitAt(panel, 513));
+}
+
+TEST(MainView, ASecondaryClickSelectsNothing) {
+    Panel panel;
+    Click(panel.view.get(), {460, 165}, Qt::RightButton);
+    QTest::mousePress(panel.view.get(), Qt::LeftButton, {}, {575 + 7, 165});
+    QMouseEvent both(QEvent::MouseButtonPress, QPointF(582, 165), QPointF(582, 165),
+                     Qt::RightButton, Qt::LeftButton | Qt::RightButton, {});
+    QApplication::sendEvent(panel.view.get(), &both);
+    QTest::mouseRelease(panel.view.get(), Qt::LeftButton, {}, {582, 165});
+    EXPECT_EQ(panel.host.sentTranspose, std::vector<float>{24}) << "only the plain left press";
+}
+
+TEST(MainView, AnUnknownTranspositionLightsTheFarLeftAndAnExposeRestoresTheSelectors) {
+    Panel panel;
+    panel.host.state.transpose = 7;
+    panel.host.state.liveInput = false;
+    panel.view->update();
+    QTest::qWait(20);
+    EXPECT_TRUE(TransposeLitAt(panel, 0));
+    EXPECT_TRUE(SourceLitAt(panel, 103));
+}
+
+TEST(MainView, TheSoundFileSpotDoesNothingBeforeAFileIsChosen) {
+    Panel panel;
+    Click(panel.view.get(), {170, 110});
+    EXPECT_EQ(panel.host.nodeFileCalls, 0);
+    EXPECT_TRUE(panel.host.producerChanges.empty());
+    EXPECT_TRUE(SourceLitAt(panel, 131));
+}
+
+TEST(MainView, SwitchingToTheFileEnablesPlayWaveAndBackDisablesIt) {
+    Panel panel;
+    panel.host.state.fileLoaded = true;
+    Click(panel.view.get(), {170, 110});
+    EXPECT_FALSE(panel.host.state.liveInput);
+    PictureButton* play = panel.view->Button(PanelButton::PlayWave);
+    EXPECT_TRUE(play->isEnabled());
+    EXPECT_EQ(play->Value(), 0);
+    EXPECT_TRUE(SourceLitAt(panel, 103));
+    Click(panel.view.get(), {170, 110});
+    EXPECT_EQ(panel.host.nodeFileCalls, 1) << "the file is already the source";
+    Click(panel.view.get(), {170, 130});
+    EXPECT_TRUE(panel.host.state.liveInput);
+    EXPECT_FALSE(play->isEnabled());
+    EXPECT_TRUE(SourceLitAt(panel, 131));
+    EXPECT_EQ(panel.host.producerChanges,
+              (std::vector<Source>{Source::SoundFile, Source::LiveInput}));
+}
+
+TEST(MainView, AFileThatCannotConnectIsForgottenAndTheLiveInputReturns) {
+    Panel panel;
+    panel.host.state.fileLoaded = true;
+    panel.host.fileConnects = false;
+    panel.view->SetWaveFileName("song.wav");
+    Click(panel.view.get(), {170, 110});
+    EXPECT_FALSE(panel.host.state.fileLoaded);
+    EXPECT_TRUE(panel.view->WaveFileName().isEmpty());
+    EXPECT_TRUE(panel.host.state.liveInput);
+    EXPECT_FALSE(panel.view->Button(PanelButton::PlayWave)->isEnabled());
+    EXPECT_EQ(panel.host.producerChanges,
+              (std::vector<Source>{Source::SoundFile, Source::LiveInput}));
+}
+
+TEST(MainView, NamesAreCutToTheirFields) {
+    Panel panel;
+    panel.view->SetInstrumentName(QString(100, 'i'));
+    panel.view->SetWaveFileName(QString(200, 'w'));
+    EXPECT_EQ(panel.view->InstrumentName().size(), 63);
+    EXPECT_EQ(panel.view->WaveFileName().size(), 127);
+}
