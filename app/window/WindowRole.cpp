@@ -1,0 +1,87 @@
+#include "WindowRole.h"
+
+#include "NodeHarnessApp.h"
+#include "Preferences.h"
+
+#include <QApplication>
+#include <QFileInfo>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+namespace vocato {
+
+namespace {
+
+bool IsControlPanel(const char* arg) { return std::strncmp(arg, "node=", 5) == 0; }
+
+// Qt aborts when it cannot reach a display; say what works without one instead.
+bool HasDisplay() {
+    for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"}) {
+        const char* value = std::getenv(name);
+        if (value != nullptr && value[0] != '\0') {
+            return true;
+        }
+    }
+    return false;
+}
+
+int NoDisplay() {
+    std::fputs("vocato: no display to open the window on (neither DISPLAY nor WAYLAND_DISPLAY "
+               "is set).\n"
+               "Without a display, run one of:\n"
+               "  vocato live                   sing into the live input; MIDI goes to the "
+               "synthesizer and the MIDI ports\n"
+               "  vocato convert IN -o OUT.mid  convert a sound file to a Standard MIDI File\n"
+               "or set QT_QPA_PLATFORM=offscreen to run the window without showing it.\n",
+               stderr);
+    return 1;
+}
+
+int ControlPanel(const char* arg) {
+    const long node = std::strtol(arg + 5, nullptr, 10);
+    std::printf("The control panel of node %ld comes in a later version of Vocato.\n"
+                "The converter's own settings are on its front panel: run vocato without "
+                "arguments.\n",
+                node);
+    return 0;
+}
+
+} // namespace
+
+bool IsWindowRole(int argc, char** argv) {
+    if (argc < 2) {
+        return true;
+    }
+    return IsControlPanel(argv[1]) || QFileInfo(QString::fromLocal8Bit(argv[1])).isFile();
+}
+
+int RunWindowRole(int argc, char** argv) {
+    if (argc >= 2 && IsControlPanel(argv[1])) {
+        return ControlPanel(argv[1]);
+    }
+    if (!HasDisplay()) {
+        return NoDisplay();
+    }
+    prefs = new TPreferences("Vocato");
+    int status = 0;
+    {
+        QApplication application(argc, argv);
+        application.setQuitOnLastWindowClosed(false);
+        NodeHarnessApp app;
+        app.ReadyToRun();
+        QStringList files;
+        for (int i = 1; i < argc; ++i) {
+            files << QString::fromLocal8Bit(argv[i]);
+        }
+        app.RefsReceived(files);
+        status = application.exec();
+    }
+    delete prefs;
+    prefs = nullptr;
+    return status;
+}
+
+} // namespace vocato
