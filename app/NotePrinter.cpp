@@ -1,0 +1,38 @@
+#include "NotePrinter.h"
+
+namespace vocato::app {
+namespace {
+
+const char* const kNames[12] = {"C", "C#", "D", "D#", "E", "F", "F#", "G", "G#", "A", "A#", "B"};
+
+} // namespace
+
+void NotePrinter::Send(const media::MidiMessage& message, uint32_t stampMs) noexcept {
+    const uint8_t status = message.Status();
+    if (status == media::midi::kNoteOn || status == media::midi::kNoteOff) {
+        queue_.TryPush({message, stampMs});
+    }
+}
+
+void NotePrinter::Print(std::FILE* out) {
+    Played played;
+    while (queue_.TryPop(played)) {
+        const media::MidiMessage& m = played.message;
+        const int key = m.bytes[1];
+        const bool on = m.Status() == media::midi::kNoteOn && m.bytes[2] != 0;
+        bool& sounding = on_[m.bytes[0] & 0x0F][key];
+        if (!on && !sounding) {
+            continue;
+        }
+        sounding = on;
+        std::fprintf(out, "%s %s%d (%d)", on ? "note on " : "note off", kNames[key % 12],
+                     key / 12 - 1, key);
+        if (on) {
+            std::fprintf(out, " velocity %d", m.bytes[2]);
+        }
+        std::fprintf(out, "\n");
+    }
+    std::fflush(out);
+}
+
+} // namespace vocato::app

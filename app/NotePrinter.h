@@ -1,0 +1,32 @@
+// `vocato live --verbose`: the notes as they are played, one line each. The node thread
+// queues them; the owner prints them.
+#pragma once
+
+#include "BoundedQueue.h"
+#include "MidiSink.h"
+
+#include <atomic>
+#include <cstdio>
+
+namespace vocato::app {
+
+class NotePrinter final : public media::MidiSink {
+public:
+    // Node thread. Queues note messages; a full queue drops them.
+    void Send(const media::MidiMessage& message, uint32_t stampMs) noexcept override;
+
+    // Owner thread. Prints what was queued: "note on  A4 (69) velocity 100".
+    void Print(std::FILE* out);
+
+private:
+    struct Played {
+        media::MidiMessage message;
+        uint32_t stampMs;
+    };
+    media::BoundedQueue<Played, 512> queue_;
+    // Owner thread: the keys printed as on, so that the all-notes-off sweep prints only the
+    // notes it ends.
+    bool on_[16][128] = {};
+};
+
+} // namespace vocato::app
