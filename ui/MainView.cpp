@@ -75,6 +75,7 @@ MainView::MainView(QWidget* parent, MainViewHost& host, const Artwork& artwork, 
     setFocusPolicy(Qt::StrongFocus);
     canvas_ = skin_.copy();
     LoadImages(artwork);
+    DrawRestingKeyboard();
     AddButtons(artwork);
 
     connect(&oscilloTimer_, &QTimer::timeout, this, &MainView::DrawOscilloPass);
@@ -96,6 +97,14 @@ void MainView::LoadImages(const Artwork& artwork) {
         octaveImages_[i] = artwork.Image(name);
     }
     onImage_ = artwork.Image("On");
+}
+
+void MainView::DrawRestingKeyboard() {
+    // The displays light keys on this keyboard; at rest every octave shows unlit.
+    QPainter p(&canvas_);
+    for (int octave = 0; octave < 7; ++octave) {
+        DrawOnSkin(p, QPoint(60 + 74 * octave, 220), octaveImages_[0]);
+    }
 }
 
 void MainView::AddButtons(const Artwork& artwork) {

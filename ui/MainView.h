@@ -71,6 +71,7 @@ protected:
 private:
     void LoadImages(const Artwork& artwork);
     void AddButtons(const Artwork& artwork);
+    void DrawRestingKeyboard();
     void DrawLabels(QPainter& p, Graf& graf);
     void CopySkin(QPainter& p, const QRect& area);
     void DrawOnSkin(QPainter& p, QPoint at, const QImage& image);

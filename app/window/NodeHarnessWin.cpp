@@ -1,6 +1,7 @@
 #include "NodeHarnessWin.h"
 
 #include "MainMenu.h"
+#include "MenuItem.h"
 #include "Menus.h"
 #include "Preferences.h"
 #include "WindowMessages.h"
@@ -17,6 +18,8 @@
 #include <QMimeData>
 
 #include <cstdio>
+#include <iterator>
+#include <utility>
 
 namespace vocato {
 
@@ -77,6 +80,10 @@ void NodeHarnessWin::BuildPanel() {
     mainView_ = new ui::MainView(this, *this, artwork_, skin_);
     menuBar_ = new QMenuBar(mainView_);
     menuBar_->setGeometry(0, 0, skin_.width(), 21);
+    // Dark like the panel under it, so the bar reads as part of the skin.
+    menuBar_->setStyleSheet(QStringLiteral(
+        "QMenuBar { background: #1e1f22; color: #d8d8d8; }"
+        "QMenuBar::item:selected { background: #3a3d42; }"));
     AddMainMenu(menuBar_, this);
     connect(mainView_, &ui::MainView::ButtonMessage, this,
             [this](uint32_t what) { MessageReceived(Message(what)); });
@@ -150,18 +157,21 @@ void NodeHarnessWin::RestoreChoices() {
     if (prefs == nullptr) {
         return;
     }
-    // The last session's own choices come after the preset, which would reset them.
+    // The last session's own choices come after the preset, which would reset them; what
+    // was never stored stays as the preset leaves it.
     QMetaObject::invokeMethod(
         this,
         [this] {
-            prefs->GetFloat("Transpose", state_.transpose, &state_.transpose);
-            prefs->GetFloat("BendRange", state_.bendRange, &state_.bendRange);
-            prefs->GetFloat("midiMin", state_.midiMin, &state_.midiMin);
-            prefs->GetFloat("midiMax", state_.midiMax, &state_.midiMax);
-            HandParameter(PARAM_TRANSPOSE, &state_.transpose);
-            HandParameter(PARAM_BEND_RANGE, &state_.bendRange);
-            HandParameter(PARAM_MIDI_MIN, &state_.midiMin);
-            HandParameter(PARAM_MIDI_MAX, &state_.midiMax);
+            const std::pair<const char*, float*> stored[] = {
+                {"Transpose", &state_.transpose}, {"BendRange", &state_.bendRange},
+                {"midiMin", &state_.midiMin}, {"midiMax", &state_.midiMax}};
+            const int32_t ids[] = {PARAM_TRANSPOSE, PARAM_BEND_RANGE, PARAM_MIDI_MIN, PARAM_MIDI_MAX};
+            for (size_t i = 0; i < std::size(stored); ++i) {
+                if (prefs->HasFloat(stored[i].first)) {
+                    prefs->GetFloat(stored[i].first, *stored[i].second, stored[i].second);
+                    HandParameter(ids[i], stored[i].second);
+                }
+            }
             bendSlider_->SetValue(state_.bendRange);
             mainView_->AfficheTranspose();
             mainView_->update(kBendRangeNumber);

@@ -12,8 +12,8 @@ void WindowAlert::Show(std::string_view title, std::string_view text) {
     auto* box = new QMessageBox(QMessageBox::Information,
                                 QString::fromUtf8(title.data(), qsizetype(title.size())),
                                 QString::fromUtf8(text.data(), qsizetype(text.size())),
-                                QMessageBox::Ok, parent_);
-    box->setButtonText(QMessageBox::Ok, QStringLiteral("Ok"));
+                                QMessageBox::NoButton, parent_);
+    box->addButton(QStringLiteral("Ok"), QMessageBox::AcceptRole);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setModal(false);
     box->show();

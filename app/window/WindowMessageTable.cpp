@@ -2,6 +2,7 @@
 #include "NodeHarnessWin.h"
 
 #include "AboutWin.h"
+#include "Menus.h"
 #include "Preferences.h"
 #include "WindowMessages.h"
 

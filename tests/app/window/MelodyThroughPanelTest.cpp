@@ -1,0 +1,139 @@
+// A rendered melody played from a sound file through the whole window: the keyboard lights
+// the sung keys, the meters move, and the recording exports to a file that an independent
+// reader reads back.
+#include "WindowFixture.h"
+#include "WindowMessages.h"
+
+#include "Fixtures.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QTest>
+
+#include <sndfile.h>
+
+#include <algorithm>
+#include <chrono>
+#include <set>
+
+namespace vocato::test {
+
+namespace {
+
+// Inside the panel's default note range, 48 ... 72.
+const std::vector<Note> kMelody = {
+    {60, 0.3, 0.8}, {64, 0.95, 1.45}, {67, 1.6, 2.1}, {72, 2.25, 2.75}};
+
+std::string WriteMelody(const TempDir& dir) {
+    const std::string path = dir.File("melody.wav");
+    WriteSoundFile(path, RenderMelody(kMelody, 68, 44100), 44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    return path;
+}
+
+std::vector<int> NoteOnKeys(const std::vector<std::string>& lines) {
+    std::vector<int> keys;
+    for (const std::string& line : lines) {
+        const std::string bytes = line.substr(line.find(' ') + 1);
+        if (bytes.size() == 6 && bytes[0] == '9' && bytes.substr(4) != "00") {
+            keys.push_back(std::stoi(bytes.substr(2, 2), nullptr, 16));
+        }
+    }
+    return keys;
+}
+
+bool Lit(QRgb pixel) { return pixel != qRgb(0, 0, 0); }
+
+} // namespace
+
+class MelodyThroughPanel : public WindowTest {
+protected:
+    // Chooses the file, switches the source to it and records it to its end, watching the
+    // panel all along.
+    void RecordMelody() {
+        Win().RefsReceived({QString::fromStdString(WriteMelody(dir_))});
+        EXPECT_EQ(Win().View()->WaveFileName(), "melody.wav");
+        Click({170, 110});
+        ASSERT_FALSE(Win().PanelState().liveInput);
+        ASSERT_TRUE(Win().View()->Button(ui::PanelButton::PlayWave)->isEnabled());
+        SaveScreenshot("panel-file-chosen");
+
+        QTest::mouseClick(Win().View()->Button(ui::PanelButton::RecMidi), Qt::LeftButton);
+        EXPECT_EQ(Win().View()->Button(ui::PanelButton::PlayWave)->Value(), 1);
+        EXPECT_FALSE(Win().View()->Button(ui::PanelButton::PlayWave)->isEnabled());
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(3400);
+        bool shotTaken = false;
+        while (std::chrono::steady_clock::now() < end) {
+            Wait(30);
+            const QImage shot = Shot();
+            for (int note : LitNotes(shot)) {
+                litNotes_.insert(note);
+            }
+            // The meters' middle columns, near the bottom of their bars.
+            velocityMoved_ = velocityMoved_ || Lit(shot.pixel(415, 180));
+            expressionMoved_ = expressionMoved_ || Lit(shot.pixel(385, 180));
+            if (!shotTaken && litNotes_.count(67) != 0) {
+                SaveScreenshot("panel-playing");
+                shotTaken = true;
+            }
+        }
+        QTest::mouseClick(Win().View()->Button(ui::PanelButton::StopMidi), Qt::LeftButton);
+        Wait(20);
+    }
+
+    TempDir dir_;
+    std::set<int> litNotes_;
+    bool velocityMoved_ = false;
+    bool expressionMoved_ = false;
+};
+
+TEST_F(MelodyThroughPanel, TheKeyboardLightsEachSungKeyAndTheMetersMove) {
+    RecordMelody();
+    for (const Note& n : kMelody) {
+        EXPECT_EQ(litNotes_.count(n.key), 1u) << "key " << n.key << " never lit";
+    }
+    EXPECT_TRUE(velocityMoved_);
+    EXPECT_TRUE(expressionMoved_);
+    EXPECT_TRUE(Win().View()->Button(ui::PanelButton::PlayWave)->isEnabled())
+        << "after a stop the file can play again";
+}
+
+TEST_F(MelodyThroughPanel, TheRecordingExportsThroughTheSavePanelAndReadsBack) {
+    RecordMelody();
+    Win().MessageReceived(Message(kExportMidi));
+    ASSERT_TRUE(Win().SavePanel()->isVisible());
+    const std::string out = dir_.File("melody.mid");
+    Win().SavePanel()->selectFile(QString::fromStdString(out));
+    static_cast<QDialog*>(Win().SavePanel())->accept();
+    Wait(20);
+    const std::vector<std::string> lines = ReadMidiWithMido(out);
+    ASSERT_GE(lines.size(), 8u);
+    EXPECT_EQ(lines[0], "0 500");
+    EXPECT_EQ(lines[2], "0 c000") << "the recording opens with the piano of the panel";
+    const std::vector<int> keys = NoteOnKeys(lines);
+    auto at = keys.begin();
+    for (const Note& n : kMelody) {
+        at = std::find(at, keys.end(), n.key);
+        EXPECT_NE(at, keys.end()) << "note " << n.key << " missing or out of order";
+    }
+}
+
+TEST_F(MelodyThroughPanel, AnExportThatCannotBeWrittenSaysSoAndLeavesNoFile) {
+    RecordMelody();
+    Message save(kSaveRequested);
+    save.AddString("directory", dir_.File("no-such-folder"));
+    save.AddString("name", "melody.mid");
+    app_->MessageReceived(save);
+    Wait(20);
+    QMessageBox* shown = nullptr;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* box = qobject_cast<QMessageBox*>(widget); box != nullptr && box->isVisible()) {
+            shown = box;
+        }
+    }
+    ASSERT_NE(shown, nullptr) << "the user is told";
+    EXPECT_FALSE(shown->text().isEmpty());
+    EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(dir_.File("no-such-folder/melody.mid"))));
+    shown->close();
+}
+
+} // namespace vocato::test

@@ -1,0 +1,38 @@
+// The application and its main window with no audio system (sound files still play), a
+// fresh settings store per test, and helpers to read the panel from screenshots.
+#pragma once
+
+#include "NodeHarnessApp.h"
+#include "Preferences.h"
+
+#include <gtest/gtest.h>
+
+#include <QImage>
+
+#include <string>
+#include <vector>
+
+namespace vocato::test {
+
+class WindowTest : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    NodeHarnessWin& Win() { return *app_->Window(); }
+    QImage Shot();
+    // Runs the event loop for `ms` milliseconds.
+    static void Wait(int ms);
+    void Click(QPoint at);
+    // Saves the window's picture as NAME.png when VOCATO_SCREENSHOTS names a directory.
+    void SaveScreenshot(const char* name);
+
+    // The notes whose keys are lit on the keyboard display, from the window's picture.
+    std::vector<int> LitNotes(const QImage& shot);
+
+    std::unique_ptr<NodeHarnessApp> app_;
+    QImage skin_;
+    std::vector<QImage> litKeys_; // octave by octave, C to B, on the skin
+};
+
+} // namespace vocato::test

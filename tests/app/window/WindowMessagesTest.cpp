@@ -1,0 +1,166 @@
+#include "WindowFixture.h"
+#include "WindowMessages.h"
+
+#include "InstrumentTables.h"
+#include "Menus.h"
+#include "MidiRecording.h"
+#include "MenuItem.h"
+
+#include <QFileDialog>
+#include <QMenu>
+#include <QMimeData>
+#include <QPainter>
+#include <QTest>
+
+#include "Fixtures.h"
+
+namespace vocato::test {
+
+namespace {
+
+MenuItem* FindItem(QMenu* menu, const QString& label) {
+    for (QAction* action : menu->actions()) {
+        if (action->menu() != nullptr) {
+            if (MenuItem* found = FindItem(action->menu(), label)) {
+                return found;
+            }
+        } else if (action->text() == label) {
+            return dynamic_cast<MenuItem*>(action);
+        }
+    }
+    return nullptr;
+}
+
+// A drag that enters the window and is dropped there.
+void Drop(QWidget& window, const QMimeData& data) {
+    QDragEnterEvent enter(QPoint(300, 100), Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&window, &enter);
+    QDropEvent drop(QPointF(300, 100), Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&window, &drop);
+}
+
+std::string StoredString(const char* key) {
+    char buffer[256];
+    return prefs->GetString(key, "", buffer, sizeof buffer);
+}
+
+} // namespace
+
+TEST_F(WindowTest, WithoutSettingsTheFirstPresetAndThePianoAreChosenAndShown) {
+    EXPECT_EQ(Win().PresetValue(), 1);
+    EXPECT_EQ(Win().InstrumentValue(), 0);
+    EXPECT_EQ(Win().View()->PresetName(), "Default");
+    EXPECT_EQ(Win().View()->InstrumentName(), "ACOUSTIC GRAND");
+    int8_t preset = 0;
+    EXPECT_EQ(prefs->GetInt8("Preset", 0, &preset), 1);
+    EXPECT_EQ(StoredString("instrumentName"), "ACOUSTIC GRAND");
+    EXPECT_EQ(Win().size(), skin_.size());
+    SaveScreenshot("panel-at-start");
+}
+
+TEST_F(WindowTest, ChoicesFromThePopUpsReachTheNodeAndTheSettings) {
+    MenuItem* preset = FindItem(Win().PresetMenu(), QString::fromLatin1(kPresetLabels[2]));
+    ASSERT_NE(preset, nullptr);
+    preset->trigger();
+    MenuItem* violin = FindItem(Win().InstrumentMenu(), QStringLiteral("VIOLIN"));
+    ASSERT_NE(violin, nullptr);
+    violin->trigger();
+    EXPECT_EQ(Win().PresetValue(), 3);
+    EXPECT_EQ(Win().InstrumentValue(), 40);
+    EXPECT_EQ(Win().View()->PresetName(), QString::fromLatin1(kPresetLabels[2]));
+    EXPECT_EQ(Win().View()->InstrumentName(), "VIOLIN");
+    EXPECT_EQ(StoredString("PresetName"), kPresetLabels[2]);
+    int8_t program = 0;
+    EXPECT_EQ(prefs->GetInt8("Instrument", 0, &program), 40);
+}
+
+TEST_F(WindowTest, APresetMessageWithoutANameKeepsTheShownName) {
+    Message numberOnly(kPresetChosen);
+    numberOnly.AddInt8("Preset", 5);
+    Win().MessageReceived(numberOnly);
+    EXPECT_EQ(Win().PresetValue(), 5);
+    EXPECT_EQ(Win().View()->PresetName(), "Default");
+    EXPECT_EQ(StoredString("PresetName"), "Default");
+}
+
+TEST_F(WindowTest, TheExportPanelOpensOnlyWhenSomethingWasRecorded) {
+    QTest::mouseClick(Win().View()->Button(ui::PanelButton::RecMidi), Qt::LeftButton);
+    Wait(20);
+    ASSERT_NE(Win().MidiStore(), nullptr);
+    EXPECT_TRUE(Win().Recording());
+    EXPECT_EQ(Win().MidiStore()->CountEvents(), kOpeningEvents);
+    Win().MessageReceived(Message(kExportMidi));
+    EXPECT_FALSE(Win().SavePanel()->isVisible());
+    QTest::mouseClick(Win().View()->Button(ui::PanelButton::StopMidi), Qt::LeftButton);
+    EXPECT_FALSE(Win().Recording());
+    EXPECT_EQ(Win().View()->Button(ui::PanelButton::RecMidi)->Value(), 0);
+    EXPECT_NE(Win().MidiStore(), nullptr) << "a stopped recording is kept for export";
+}
+
+TEST_F(WindowTest, TheBendSliderAndTheNodesReportMoveTheThumbAndTheNumber) {
+    ui::OnSlider* slider = Win().BendSlider();
+    QTest::mousePress(slider, Qt::LeftButton, {}, QPoint(120, 10));
+    QTest::mouseRelease(slider, Qt::LeftButton, {}, QPoint(120, 10));
+    Wait(20);
+    EXPECT_FLOAT_EQ(Win().PanelState().bendRange, 24);
+    Win().SetBendRange(12);
+    Wait(20);
+    EXPECT_FLOAT_EQ(slider->Value(), 12);
+    const QImage number = Shot().copy(QRect(QPoint(146, 160), QPoint(200, 180)));
+    Win().SetBendRange(2);
+    Wait(20);
+    EXPECT_NE(Shot().copy(QRect(QPoint(146, 160), QPoint(200, 180))), number)
+        << "the number at (150, 174) is redrawn";
+}
+
+TEST_F(WindowTest, DroppedTextDoesNothingAndOfSeveralFilesTheFirstIsChosen) {
+    TempDir dir;
+    QMimeData text;
+    text.setText(QStringLiteral("a clipping"));
+    Drop(Win(), text);
+    EXPECT_FALSE(Win().PanelState().fileLoaded);
+
+    QList<QUrl> urls;
+    for (const char* name : {"first.wav", "second.wav", "third.wav"}) {
+        WriteSoundFile(dir.File(name), Sine(440, 44100, 0.2), 44100, 1, 0x010002);
+        urls << QUrl::fromLocalFile(QString::fromStdString(dir.File(name)));
+    }
+    QMimeData files;
+    files.setUrls(urls);
+    Drop(Win(), files);
+    EXPECT_TRUE(Win().PanelState().fileLoaded);
+    EXPECT_EQ(Win().View()->WaveFileName(), "first.wav");
+    EXPECT_TRUE(Win().PanelState().liveInput) << "a drop does not change the chosen source";
+}
+
+TEST_F(WindowTest, ClosingTheWindowLeavesTheFourValuesInTheSettings) {
+    Click({460, 165});
+    EXPECT_FLOAT_EQ(Win().PanelState().transpose, -24);
+    Win().PanelState().midiMin = 40;
+    const float bendRange = Win().PanelState().bendRange;
+    delete app_->Window();
+    float value = 0;
+    EXPECT_FLOAT_EQ(prefs->GetFloat("Transpose", 0, &value), -24);
+    EXPECT_FLOAT_EQ(prefs->GetFloat("midiMin", 0, &value), 40);
+    EXPECT_FLOAT_EQ(prefs->GetFloat("midiMax", 0, &value), 72);
+    EXPECT_FLOAT_EQ(prefs->GetFloat("BendRange", 0, &value), bendRange);
+}
+
+TEST_F(WindowTest, TheLastSessionsTranspositionAndNoteRangeComeBack) {
+    delete app_->Window();
+    prefs->SetFloat("Transpose", 12);
+    prefs->SetFloat("midiMin", 50);
+    WindowOptions quiet;
+    quiet.audio.jack = quiet.audio.alsa = quiet.audio.synth = false;
+    quiet.sequencer = false;
+    app_->ReadyToRun(quiet);
+    Wait(100);
+    EXPECT_FLOAT_EQ(Win().PanelState().transpose, 12);
+    EXPECT_FLOAT_EQ(Win().PanelState().midiMin, 50);
+    EXPECT_FLOAT_EQ(Win().PanelState().midiMax, 72) << "what was never stored keeps its value";
+    QImage lit = skin_.copy(544, 157, 15, 14).convertToFormat(QImage::Format_RGB32);
+    QPainter(&lit).drawImage(0, 0, ResourceArtwork().Image("On"));
+    EXPECT_EQ(Shot().copy(544, 157, 15, 14), lit);
+}
+
+} // namespace vocato::test
