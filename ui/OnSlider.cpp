@@ -4,7 +4,7 @@
 
 namespace vocato::ui {
 
-OnSlider::OnSlider(QWidget* parent, const QRect& frame, float value, float /*minimum*/,
+OnSlider::OnSlider(QWidget* parent, const QRect& frame, float value, [[maybe_unused]] float minimum,
                    float maximum, const QImage& background, const QImage& thumb)
     : QWidget(parent),
       thumb_(thumb),

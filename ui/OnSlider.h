@@ -11,7 +11,8 @@ namespace vocato::ui {
 class OnSlider : public QWidget {
     Q_OBJECT
 public:
-    // `frame` is inclusive, in the parent's coordinates; `background` is the image whose
+    // `frame` is inclusive, in the parent's coordinates; the range starts at 0 whatever
+    // `minimum` says. `background` is the image whose
     // rectangle `frame` lies behind the track (the skin), null for none. GUI thread.
     OnSlider(QWidget* parent, const QRect& frame, float value, float minimum, float maximum,
              const QImage& background, const QImage& thumb);

@@ -32,7 +32,6 @@ QImage LoadSkin(const ResourceArtwork& artwork) {
 }
 
 constexpr int kNodePollMs = 40;
-const QRect kBendRangeNumber(QPoint(146, 160), QPoint(200, 200));
 
 } // namespace
 
@@ -52,9 +51,6 @@ NodeHarnessWin::NodeHarnessWin(QPoint topLeft, const QString& title, Handler* ap
     std::string report;
     session_->Start(report);
     std::fputs(report.c_str(), stderr);
-    if (session_->Connector().running) {
-        mainView_->StartOscilloThread();
-    }
     connect(&nodeTimer_, &QTimer::timeout, this, &NodeHarnessWin::PollNode);
     nodeTimer_.start(kNodePollMs);
     show();
@@ -81,9 +77,13 @@ void NodeHarnessWin::BuildPanel() {
     menuBar_ = new QMenuBar(mainView_);
     menuBar_->setGeometry(0, 0, skin_.width(), 21);
     // Dark like the panel under it, so the bar reads as part of the skin.
-    menuBar_->setStyleSheet(QStringLiteral(
-        "QMenuBar { background: #1e1f22; color: #d8d8d8; }"
-        "QMenuBar::item:selected { background: #3a3d42; }"));
+    QPalette dark = menuBar_->palette();
+    dark.setColor(QPalette::Window, QColor(30, 31, 34));
+    dark.setColor(QPalette::Button, QColor(30, 31, 34));
+    dark.setColor(QPalette::WindowText, QColor(216, 216, 216));
+    dark.setColor(QPalette::ButtonText, QColor(216, 216, 216));
+    menuBar_->setPalette(dark);
+    menuBar_->setAutoFillBackground(true);
     AddMainMenu(menuBar_, this);
     connect(mainView_, &ui::MainView::ButtonMessage, this,
             [this](uint32_t what) { MessageReceived(Message(what)); });
@@ -174,7 +174,7 @@ void NodeHarnessWin::RestoreChoices() {
             }
             bendSlider_->SetValue(state_.bendRange);
             mainView_->AfficheTranspose();
-            mainView_->update(kBendRangeNumber);
+            mainView_->update(kBendRangeNumberArea);
             rangeSlider_->update();
         },
         Qt::QueuedConnection);
@@ -321,7 +321,7 @@ void NodeHarnessWin::SetTranspose(float semitones) {
 void NodeHarnessWin::SetBendRange(float semitones) {
     state_.bendRange = semitones;
     bendSlider_->SetValue(semitones);
-    mainView_->update(kBendRangeNumber);
+    mainView_->update(kBendRangeNumberArea);
 }
 
 void NodeHarnessWin::SetMidiMin(float note) {

@@ -31,6 +31,9 @@ class QMenuBar;
 
 namespace vocato {
 
+// Where the main view draws the bend range's number.
+inline const QRect kBendRangeNumberArea(QPoint(146, 160), QPoint(200, 200));
+
 struct WindowOptions {
     app::LiveAudioOptions audio;
     bool sequencer = true;

@@ -19,12 +19,6 @@
 
 namespace vocato {
 
-namespace {
-
-const QRect kBendRangeNumber(QPoint(146, 160), QPoint(200, 200));
-
-} // namespace
-
 void NodeHarnessWin::MessageReceived(const Message& message) {
     media::Diagnostic("Window message\n");
     app::ProducerConnector& connector = session_->Connector();
@@ -70,7 +64,7 @@ void NodeHarnessWin::MessageReceived(const Message& message) {
         message.FindFloat("Value", &value);
         state_.bendRange = value;
         HandParameter(PARAM_BEND_RANGE, &state_.bendRange);
-        mainView_->update(kBendRangeNumber);
+        mainView_->update(kBendRangeNumberArea);
         break;
     }
     case kNoteRangeSlider:

@@ -38,10 +38,12 @@ void WindowTest::Click(QPoint at) {
     Wait(20);
 }
 
-void WindowTest::SaveScreenshot(const char* name) {
+void WindowTest::SaveScreenshot(const char* name) { SaveScreenshot(Win(), name); }
+
+void WindowTest::SaveScreenshot(QWidget& widget, const char* name) {
     const QByteArray dir = qgetenv("VOCATO_SCREENSHOTS");
     if (!dir.isEmpty()) {
-        Shot().save(QString::fromLocal8Bit(dir) + "/" + name + ".png");
+        widget.grab().save(QString::fromLocal8Bit(dir) + "/" + name + ".png");
     }
 }
 

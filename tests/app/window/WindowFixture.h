@@ -26,6 +26,7 @@ protected:
     void Click(QPoint at);
     // Saves the window's picture as NAME.png when VOCATO_SCREENSHOTS names a directory.
     void SaveScreenshot(const char* name);
+    static void SaveScreenshot(QWidget& widget, const char* name);
 
     // The notes whose keys are lit on the keyboard display, from the window's picture.
     std::vector<int> LitNotes(const QImage& shot);

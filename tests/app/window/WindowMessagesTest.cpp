@@ -1,6 +1,8 @@
 #include "WindowFixture.h"
 #include "WindowMessages.h"
 
+#include "AboutWin.h"
+
 #include "InstrumentTables.h"
 #include "Menus.h"
 #include "MidiRecording.h"
@@ -144,6 +146,31 @@ TEST_F(WindowTest, ClosingTheWindowLeavesTheFourValuesInTheSettings) {
     EXPECT_FLOAT_EQ(prefs->GetFloat("midiMin", 0, &value), 40);
     EXPECT_FLOAT_EQ(prefs->GetFloat("midiMax", 0, &value), 72);
     EXPECT_FLOAT_EQ(prefs->GetFloat("BendRange", 0, &value), bendRange);
+}
+
+TEST_F(WindowTest, EachAboutRequestOpensABoxOfItsOwn) {
+    auto boxes = [] {
+        std::vector<ui::AboutWin*> found;
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (auto* about = qobject_cast<ui::AboutWin*>(widget); about && about->isVisible()) {
+                found.push_back(about);
+            }
+        }
+        return found;
+    };
+    EXPECT_TRUE(boxes().empty()) << "the splash is gone once the window is up";
+    Win().MessageReceived(Message(kAboutRequested));
+    Win().MessageReceived(Message(kAboutRequested));
+    Wait(1200);
+    const std::vector<ui::AboutWin*> open = boxes();
+    ASSERT_EQ(open.size(), 2u);
+    EXPECT_FALSE(open[0]->IsSplash());
+    SaveScreenshot(*open[0], "about-box");
+    for (ui::AboutWin* box : open) {
+        box->close();
+    }
+    Wait(20);
+    EXPECT_TRUE(boxes().empty());
 }
 
 TEST_F(WindowTest, TheLastSessionsTranspositionAndNoteRangeComeBack) {
