@@ -97,6 +97,18 @@ TEST_F(MelodyThroughPanel, TheKeyboardLightsEachSungKeyAndTheMetersMove) {
         << "after a stop the file can play again";
 }
 
+TEST_F(MelodyThroughPanel, ATranspositionChosenOnThePanelMovesTheLitKeysAnOctaveUp) {
+    Click({544 + 7, 165});
+    EXPECT_FLOAT_EQ(Win().PanelState().transpose, 12);
+    RecordMelody();
+    for (const Note& n : kMelody) {
+        EXPECT_EQ(litNotes_.count(n.key + 12), 1u) << "key " << n.key + 12 << " never lit";
+        if (n.key != 72) { // 72 is also 60 transposed
+            EXPECT_EQ(litNotes_.count(n.key), 0u) << "key " << n.key << " lit untransposed";
+        }
+    }
+}
+
 TEST_F(MelodyThroughPanel, TheRecordingExportsThroughTheSavePanelAndReadsBack) {
     RecordMelody();
     Win().MessageReceived(Message(kExportMidi));

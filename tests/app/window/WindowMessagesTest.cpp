@@ -76,6 +76,24 @@ TEST_F(WindowTest, ChoicesFromThePopUpsReachTheNodeAndTheSettings) {
     EXPECT_EQ(prefs->GetInt8("Instrument", 0, &program), 40);
 }
 
+TEST_F(WindowTest, TheInstrumentAndPresetButtonsOpenTheirPopUps) {
+    QTest::mouseClick(Win().View()->Button(ui::PanelButton::Instrument), Qt::LeftButton);
+    Wait(20);
+    EXPECT_TRUE(Win().InstrumentMenu()->isVisible());
+    Win().InstrumentMenu()->close();
+    QTest::mouseClick(Win().View()->Button(ui::PanelButton::Preset), Qt::LeftButton);
+    Wait(20);
+    EXPECT_TRUE(Win().PresetMenu()->isVisible());
+    Win().PresetMenu()->close();
+}
+
+TEST_F(WindowTest, AMessageTheWindowDoesNotKnowEndsWithTheApplication) {
+    ::testing::internal::CaptureStdout();
+    Win().MessageReceived(Message(FourCC("zzzz")));
+    const std::string out = ::testing::internal::GetCapturedStdout();
+    EXPECT_EQ(out, "Window message\nApp Message " + std::to_string(FourCC("zzzz")) + "\n");
+}
+
 TEST_F(WindowTest, APresetMessageWithoutANameKeepsTheShownName) {
     Message numberOnly(kPresetChosen);
     numberOnly.AddInt8("Preset", 5);
