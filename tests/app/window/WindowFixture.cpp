@@ -11,15 +11,19 @@ void WindowTest::SetUp() {
     std::remove((SettingsDirectory() + "/Vocato").c_str());
     prefs = new TPreferences("Vocato");
     app_ = std::make_unique<NodeHarnessApp>();
+    app_->ReadyToRun(Options());
+    ASSERT_NE(app_->Window(), nullptr);
+    skin_ = ResourceArtwork().Image("skin");
+    Wait(100);
+}
+
+WindowOptions WindowTest::Options() const {
     WindowOptions options;
     options.audio.jack = false;
     options.audio.alsa = false;
     options.audio.synth = false;
     options.sequencer = false;
-    app_->ReadyToRun(options);
-    ASSERT_NE(app_->Window(), nullptr);
-    skin_ = ResourceArtwork().Image("skin");
-    Wait(100);
+    return options;
 }
 
 void WindowTest::TearDown() {

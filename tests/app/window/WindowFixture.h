@@ -19,6 +19,8 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
+    // No audio system by default: sound files still play.
+    virtual WindowOptions Options() const;
     NodeHarnessWin& Win() { return *app_->Window(); }
     QImage Shot();
     // Runs the event loop for `ms` milliseconds.

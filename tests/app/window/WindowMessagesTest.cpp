@@ -195,10 +195,7 @@ TEST_F(WindowTest, TheLastSessionsTranspositionAndNoteRangeComeBack) {
     delete app_->Window();
     prefs->SetFloat("Transpose", 12);
     prefs->SetFloat("midiMin", 50);
-    WindowOptions quiet;
-    quiet.audio.jack = quiet.audio.alsa = quiet.audio.synth = false;
-    quiet.sequencer = false;
-    app_->ReadyToRun(quiet);
+    app_->ReadyToRun(Options());
     Wait(100);
     EXPECT_FLOAT_EQ(Win().PanelState().transpose, 12);
     EXPECT_FLOAT_EQ(Win().PanelState().midiMin, 50);

@@ -1,0 +1,39 @@
+// The window on a real JACK server (dummy backend): the live input is the source from the
+// start, and the oscilloscope shows what it captures.
+#include "JackDummyServer.h"
+#include "WindowFixture.h"
+
+namespace vocato::test {
+
+class LiveInputWindow : public WindowTest {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(server_.IsRunning()) << "jackd -d dummy did not start";
+        WindowTest::SetUp();
+    }
+    WindowOptions Options() const override {
+        WindowOptions options = WindowTest::Options();
+        options.audio.jack = true;
+        options.audio.jackServer = server_.Name();
+        return options;
+    }
+
+    JackDummyServer server_;
+};
+
+TEST_F(LiveInputWindow, TheLiveInputRunsFromTheStartAndTheOscilloscopeDrawsIt) {
+    const app::ProducerConnector& connector = Win().Session().Connector();
+    EXPECT_TRUE(connector.connected);
+    EXPECT_TRUE(connector.running);
+    EXPECT_TRUE(connector.connection.activeProducer == connector.connection.producer);
+    EXPECT_TRUE(Win().PanelState().liveInput);
+    EXPECT_FALSE(Win().View()->Button(ui::PanelButton::PlayWave)->isEnabled());
+    Wait(200);
+    EXPECT_TRUE(Win().View()->OscilloscopeRunning());
+    // The dummy backend captures silence: a flat trace on the centre line.
+    const QImage shot = Shot();
+    EXPECT_EQ(shot.pixel(16 + 60, 71), qRgb(255, 255, 31));
+    EXPECT_NE(shot.pixel(16 + 60, 60), qRgb(255, 255, 31));
+}
+
+} // namespace vocato::test
