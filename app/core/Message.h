@@ -179,8 +179,12 @@ public:
         return ReplaceValue(n, FieldType::Data, i, FlatData{object.TypeCode(), object.Flatten()});
     }
 
-    bool HasBool(std::string_view n, int32_t i = 0) const { return HasValue(n, FieldType::Bool, i); }
-    bool HasInt8(std::string_view n, int32_t i = 0) const { return HasValue(n, FieldType::Int8, i); }
+    bool HasBool(std::string_view n, int32_t i = 0) const {
+        return HasValue(n, FieldType::Bool, i);
+    }
+    bool HasInt8(std::string_view n, int32_t i = 0) const {
+        return HasValue(n, FieldType::Int8, i);
+    }
     bool HasInt16(std::string_view n, int32_t i = 0) const {
         return HasValue(n, FieldType::Int16, i);
     }
@@ -202,7 +206,9 @@ public:
     bool HasPoint(std::string_view n, int32_t i = 0) const {
         return HasValue(n, FieldType::Point, i);
     }
-    bool HasRect(std::string_view n, int32_t i = 0) const { return HasValue(n, FieldType::Rect, i); }
+    bool HasRect(std::string_view n, int32_t i = 0) const {
+        return HasValue(n, FieldType::Rect, i);
+    }
     bool HasMessage(std::string_view n, int32_t i = 0) const {
         return HasValue(n, FieldType::Message, i);
     }

@@ -129,7 +129,8 @@ status_t TPreferences::Save() const {
     if (fd < 0) {
         return B_IO_ERROR;
     }
-    std::string text = "# Vocato settings, rewritten whenever Vocato quits\n" + MessageToText(*this);
+    std::string text =
+        "# Vocato settings, rewritten whenever Vocato quits\n" + MessageToText(*this);
     bool written = WriteAll(fd, text) && ::fsync(fd) == 0;
     written = ::close(fd) == 0 && written;
     if (!written || ::rename(temporary.c_str(), path_.c_str()) != 0) {

@@ -36,8 +36,8 @@ bool IsLit(QRgb pixel) {
 
 // Where the keyboard display marks each semitone inside an octave picture.
 constexpr int kNotePos[12] = {5, 9, 16, 22, 26, 36, 42, 47, 52, 58, 64, 68};
-constexpr bool kIsBlack[12] = {false, true, false, true, false, false,
-                               true,  false, true, false, true, false};
+constexpr bool kIsBlack[12] = {false, true,  false, true,  false, false,
+                               true,  false, true,  false, true,  false};
 
 } // namespace
 

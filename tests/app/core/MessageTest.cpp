@@ -127,11 +127,12 @@ TEST(MessageText, TheTextIsReadableByPeople) {
     message.AddInt8("MidiChannel", 5);
     message.AddString("MidiPortName", "Midi Through:Midi Through Port-0");
     message.AddFloat("BendRange", 6);
-    EXPECT_EQ(MessageToText(message), "what 'pref'\n"
-                                      "int8 \"MidiChannel\" 5\n"
-                                      "string \"MidiPortName\" \"Midi Through:Midi Through Port-0\"\n"
-                                      "float \"BendRange\" 6\n"
-                                      "end\n");
+    EXPECT_EQ(MessageToText(message),
+              "what 'pref'\n"
+              "int8 \"MidiChannel\" 5\n"
+              "string \"MidiPortName\" \"Midi Through:Midi Through Port-0\"\n"
+              "float \"BendRange\" 6\n"
+              "end\n");
 }
 
 TEST(MessageText, CommentsBlankLinesAndWindowsLineEndsAreAccepted) {
@@ -149,20 +150,20 @@ TEST(MessageText, MalformedTextIsRejectedAndLeavesTheTargetAlone) {
     const char* broken[] = {
         "",
         "end\n",
-        "what 'pref'\n",                                     // cut before its end
-        "what 'pref'\nint8 \"MidiChannel\" 5\n",             // cut at a line boundary
-        "what 'pref'\nint8 \"MidiChannel\" 128\nend\n",      // out of range for int8
-        "what 'pref'\nint8 \"MidiChannel\" 5x\nend\n",       // trailing characters
-        "what 'pref'\nint9 \"MidiChannel\" 5\nend\n",        // unknown type
-        "what 'pref'\nstring \"Name\" \"open\nend\n",        // unterminated string
-        "what 'pref'\nstring \"Name\" \"bad \\q\"\nend\n",   // unknown escape
-        "what 'pref'\nint8 \"a\" 1\nint32 \"a\" 2\nend\n",   // one name, two types
-        "what 'pref'\nrect \"r\" 1 2 3\nend\n",              // too few numbers
-        "what 'pref'\nmessage \"m\" {\nwhat 'x'\nend\n",      // bad nested code, no brace
-        "what 'pref'\nmessage \"m\" {\nwhat 'MRec'\nend\n",   // nested message never closed
-        "what 'pref'\ndata \"d\" 'PNG ' \"abc\"\nend\n",     // odd hex digits
-        "what 'pref'\nend\nint8 \"late\" 1\n",               // content after the end
-        "what 'pre'\nend\n",                                 // three-character code
+        "what 'pref'\n",                                    // cut before its end
+        "what 'pref'\nint8 \"MidiChannel\" 5\n",            // cut at a line boundary
+        "what 'pref'\nint8 \"MidiChannel\" 128\nend\n",     // out of range for int8
+        "what 'pref'\nint8 \"MidiChannel\" 5x\nend\n",      // trailing characters
+        "what 'pref'\nint9 \"MidiChannel\" 5\nend\n",       // unknown type
+        "what 'pref'\nstring \"Name\" \"open\nend\n",       // unterminated string
+        "what 'pref'\nstring \"Name\" \"bad \\q\"\nend\n",  // unknown escape
+        "what 'pref'\nint8 \"a\" 1\nint32 \"a\" 2\nend\n",  // one name, two types
+        "what 'pref'\nrect \"r\" 1 2 3\nend\n",             // too few numbers
+        "what 'pref'\nmessage \"m\" {\nwhat 'x'\nend\n",    // bad nested code, no brace
+        "what 'pref'\nmessage \"m\" {\nwhat 'MRec'\nend\n", // nested message never closed
+        "what 'pref'\ndata \"d\" 'PNG ' \"abc\"\nend\n",    // odd hex digits
+        "what 'pref'\nend\nint8 \"late\" 1\n",              // content after the end
+        "what 'pre'\nend\n",                                // three-character code
     };
     for (const char* text : broken) {
         Message target(FourCC("keep"));

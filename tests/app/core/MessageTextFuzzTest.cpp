@@ -29,16 +29,36 @@ Message RandomMessage(std::mt19937& random, int depth) {
         std::string name = text() + std::to_string(field);
         for (int values = 1 + count(random) / 3; values > 0; --values) {
             switch (FieldType(depth < 3 ? type(random) : type(random) % 10)) {
-            case FieldType::Bool: message.AddBool(name, byte(random) & 1); break;
-            case FieldType::Int8: message.AddInt8(name, int8_t(byte(random))); break;
-            case FieldType::Int16: message.AddInt16(name, int16_t(random())); break;
-            case FieldType::Int32: message.AddInt32(name, int32_t(random())); break;
-            case FieldType::Int64: message.AddInt64(name, int64_t(random()) << 31); break;
-            case FieldType::Float: message.AddFloat(name, real()); break;
-            case FieldType::Double: message.AddDouble(name, double(real()) / 7); break;
-            case FieldType::String: message.AddString(name, text()); break;
-            case FieldType::Point: message.AddPoint(name, {real(), real()}); break;
-            case FieldType::Rect: message.AddRect(name, {real(), real(), real(), real()}); break;
+            case FieldType::Bool:
+                message.AddBool(name, byte(random) & 1);
+                break;
+            case FieldType::Int8:
+                message.AddInt8(name, int8_t(byte(random)));
+                break;
+            case FieldType::Int16:
+                message.AddInt16(name, int16_t(random()));
+                break;
+            case FieldType::Int32:
+                message.AddInt32(name, int32_t(random()));
+                break;
+            case FieldType::Int64:
+                message.AddInt64(name, int64_t(random()) << 31);
+                break;
+            case FieldType::Float:
+                message.AddFloat(name, real());
+                break;
+            case FieldType::Double:
+                message.AddDouble(name, double(real()) / 7);
+                break;
+            case FieldType::String:
+                message.AddString(name, text());
+                break;
+            case FieldType::Point:
+                message.AddPoint(name, {real(), real()});
+                break;
+            case FieldType::Rect:
+                message.AddRect(name, {real(), real(), real(), real()});
+                break;
             case FieldType::Message:
                 message.AddMessage(name, RandomMessage(random, depth + 1));
                 break;

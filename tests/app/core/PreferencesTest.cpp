@@ -1,5 +1,5 @@
-#include "MessageText.h"
 #include "Preferences.h"
+#include "MessageText.h"
 
 #include <gtest/gtest.h>
 
@@ -254,10 +254,10 @@ TEST_F(PreferencesTest, DamagedFilesGiveAnEmptyStoreAndTheDefaults) {
     const std::string damaged[] = {
         "",
         std::string("\0\0\0\0garbage\xff\xfe", 13),
-        good.substr(0, good.size() / 2),          // torn in the middle
-        good.substr(0, good.rfind("end")),        // every field, but no end
+        good.substr(0, good.size() / 2),   // torn in the middle
+        good.substr(0, good.rfind("end")), // every field, but no end
         "what 'pref'\nint8 \"MidiChannel\" 900\nend\n",
-        std::string(2 << 20, 'a'),                // far too large to be ours
+        std::string(2 << 20, 'a'), // far too large to be ours
     };
     for (const std::string& content : damaged) {
         WriteFile(content);
