@@ -1,6 +1,7 @@
 // A long random-input run over the settings loader: random bytes, damaged
 // copies of real texts and random messages must never crash it, and whatever
-// it accepts must be a message that writes itself back the same way.
+// it accepts must be a message that writes itself back the same way. (With
+// Clang, fuzz/ holds a libFuzzer target for longer runs.)
 #include "Message.h"
 #include "MessageText.h"
 
@@ -116,7 +117,7 @@ TEST(MessageTextFuzz, RandomBytesAndDamagedFilesNeverCrashTheLoader) {
     std::mt19937 random(42);
     std::uniform_int_distribution<int> byte(0, 255);
     const std::string alphabet = "what'pref\"int8 string{}message\\x0a\n end#-.e9 ";
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < 100000; ++i) {
         std::string text;
         size_t length = size_t(byte(random)) * 2;
         bool fromAlphabet = i % 2 == 0;
@@ -126,7 +127,7 @@ TEST(MessageTextFuzz, RandomBytesAndDamagedFilesNeverCrashTheLoader) {
         }
         ExpectStableIfAccepted(text);
     }
-    for (int i = 0; i < 3000; ++i) {
+    for (int i = 0; i < 20000; ++i) {
         std::string text = MessageToText(RandomMessage(random, 0));
         for (int flips = 1 + byte(random) % 4; flips > 0; --flips) {
             text[size_t(random()) % text.size()] = char(byte(random));
