@@ -47,12 +47,14 @@ TEST(Message, RepeatedAddsMakeIndexedValues) {
     EXPECT_EQ(message.FindInt32("_color", &value, 2), B_OK);
     EXPECT_EQ(value, -1);
     EXPECT_EQ(message.FindInt32("_color", &value, 3), B_BAD_INDEX);
-    EXPECT_TRUE(message.HasInt32("_color", 2));
-    EXPECT_FALSE(message.HasInt32("_color", 3));
-    ASSERT_EQ(message.ReplaceInt32("_color", 1, 128), B_OK);
+    EXPECT_TRUE(message.HasValue("_color", FieldType::Int32, 2));
+    EXPECT_FALSE(message.HasValue("_color", FieldType::Int32, 3));
+    ASSERT_EQ(message.ReplaceValue("_color", FieldType::Int32, 1, int32_t(128)), B_OK);
     EXPECT_EQ(message.FindInt32("_color", &value, 1), B_OK);
     EXPECT_EQ(value, 128);
-    EXPECT_EQ(message.ReplaceInt32("_color", 5, 1), B_BAD_INDEX);
+    EXPECT_EQ(message.ReplaceValue("_color", FieldType::Int32, 5, int32_t(1)), B_BAD_INDEX);
+    EXPECT_EQ(message.ReplaceValue("_color", FieldType::Int32, 0, int8_t(1)), B_BAD_VALUE)
+        << "a value of another type than the one named";
 }
 
 TEST(Message, NestedMessagesAreCopiesNotShares) {
@@ -61,7 +63,9 @@ TEST(Message, NestedMessagesAreCopiesNotShares) {
     Message outer;
     outer.AddMessage("_msg", inner);
     Message copy = outer;
-    ASSERT_EQ(copy.ReplaceMessage("_msg", 0, Message(FourCC("MStp"))), B_OK);
+    ASSERT_EQ(copy.ReplaceValue("_msg", FieldType::Message, 0,
+                                std::make_shared<const Message>(FourCC("MStp"))),
+              B_OK);
 
     Message found;
     ASSERT_EQ(outer.FindMessage("_msg", &found), B_OK);
