@@ -26,18 +26,16 @@ Message PictureArchive(const char* resourceName, const char* faceField) {
 } // namespace
 
 const std::array<ButtonDescription, 8> kButtonCatalogue = {{
-    {1, "RecMidi", "REC", kSmall, FourCC("MRec"), ButtonBehaviour::TwoState, "Swis721 BT",
-     "Roman", 27},
+    {1, "RecMidi", "REC", kSmall, FourCC("MRec"), ButtonBehaviour::TwoState, "Swis721 BT", "Roman",
+     27},
     {2, "StopMidi", "STOP", kSmall, FourCC("MStp"), ButtonBehaviour::OneState, "Swis721 BT",
      "Roman", 14},
     {3, "WaveFile", "", kLarge, FourCC("mOpn"), ButtonBehaviour::OneState, "Haru", "Regular", 6},
     {4, "Input", "", kLarge, FourCC("mInp"), ButtonBehaviour::OneState, "Haru", "Regular", 10},
     {5, "Preset", "", kLarge, FourCC("BPst"), ButtonBehaviour::OneState, "Haru", "Regular", 9},
-    {6, "Instrument", "", kLarge, FourCC("BIns"), ButtonBehaviour::OneState, "Haru", "Regular",
-     9},
+    {6, "Instrument", "", kLarge, FourCC("BIns"), ButtonBehaviour::OneState, "Haru", "Regular", 9},
     {7, "Panic", "", kLarge, FourCC("BPan"), ButtonBehaviour::OneState, "Haru", "Regular", 8},
-    {8, "PlayWave", "", kSmall, FourCC("BPla"), ButtonBehaviour::TwoState, "Haru", "Regular",
-     14},
+    {8, "PlayWave", "", kSmall, FourCC("BPla"), ButtonBehaviour::TwoState, "Haru", "Regular", 14},
 }};
 
 std::string ButtonFacePath(const char* resourceName, const char* faceField) {

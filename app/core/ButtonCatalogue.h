@@ -15,8 +15,8 @@ struct ButtonDescription {
     int32_t id;               // resource ID
     const char* resourceName; // name the main view asks for
     const char* viewName;
-    Rect frame;               // inclusive: (0, 0) - (34, 24) is 35 x 25 pixels
-    uint32_t what;            // the message the button sends
+    Rect frame;    // inclusive: (0, 0) - (34, 24) is 35 x 25 pixels
+    uint32_t what; // the message the button sends
     ButtonBehaviour behaviour;
     const char* fontFamily;
     const char* fontStyle;

@@ -39,7 +39,8 @@ Message InstrumentMessage(int8_t program, const char* name) {
 
 void AddMidiPort(QMenu* menu, const char* key) {
     std::string current;
-    bool hasCurrent = key != nullptr && prefs != nullptr && prefs->FindString(key, &current) == B_OK;
+    bool hasCurrent =
+        key != nullptr && prefs != nullptr && prefs->FindString(key, &current) == B_OK;
     for (const MidiConsumer& consumer : MidiConsumers()) {
         auto* item = new MenuItem(QString::fromStdString(consumer.name),
                                   MidiPortMessage(consumer.name.c_str()), menu);

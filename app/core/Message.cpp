@@ -5,12 +5,12 @@
 
 namespace vocato {
 
-static_assert(std::is_same_v<std::variant_alternative_t<size_t(FieldType::Int8), Message::Value>,
-                             int8_t>);
+static_assert(
+    std::is_same_v<std::variant_alternative_t<size_t(FieldType::Int8), Message::Value>, int8_t>);
 static_assert(std::is_same_v<std::variant_alternative_t<size_t(FieldType::String), Message::Value>,
                              std::string>);
-static_assert(std::is_same_v<std::variant_alternative_t<size_t(FieldType::Data), Message::Value>,
-                             FlatData>);
+static_assert(
+    std::is_same_v<std::variant_alternative_t<size_t(FieldType::Data), Message::Value>, FlatData>);
 
 namespace {
 

@@ -91,7 +91,6 @@ public:
     const std::vector<Field>& Fields() const { return fields_; }
     int32_t CountNames() const { return int32_t(fields_.size()); }
     bool IsEmpty() const { return fields_.empty(); }
-    void MakeEmpty() { fields_.clear(); }
     status_t GetInfo(std::string_view name, FieldType* type, int32_t* count) const;
     status_t RemoveName(std::string_view name);
     bool operator==(const Message& other) const;
@@ -102,6 +101,8 @@ public:
     // The value at `index` of the field `name`, when that field has the type asked for.
     status_t FindValue(std::string_view name, FieldType type, int32_t index,
                        const Value** out) const;
+    // Replace and Has take the type as an argument: ReplaceValue("_color",
+    // FieldType::Int32, 1, int32_t(128)), HasValue("Preset", FieldType::Int8).
     status_t ReplaceValue(std::string_view name, FieldType type, int32_t index, Value value);
     bool HasValue(std::string_view name, FieldType type, int32_t index = 0) const;
 
@@ -123,9 +124,6 @@ public:
     status_t AddData(std::string_view n, FlatData v) {
         return AddValue(n, FieldType::Data, std::move(v));
     }
-    status_t AddFlat(std::string_view n, const Flattenable& object) {
-        return AddData(n, {object.TypeCode(), object.Flatten()});
-    }
 
     status_t FindBool(std::string_view n, bool* out, int32_t i = 0) const;
     status_t FindInt8(std::string_view n, int8_t* out, int32_t i = 0) const;
@@ -142,70 +140,6 @@ public:
     // Hands the stored bytes to `out`, which decides whether it accepts their type code.
     status_t FindFlat(std::string_view n, Flattenable* out, int32_t i = 0) const;
 
-    status_t ReplaceBool(std::string_view n, int32_t i, bool v) {
-        return ReplaceValue(n, FieldType::Bool, i, v);
-    }
-    status_t ReplaceInt8(std::string_view n, int32_t i, int8_t v) {
-        return ReplaceValue(n, FieldType::Int8, i, v);
-    }
-    status_t ReplaceInt16(std::string_view n, int32_t i, int16_t v) {
-        return ReplaceValue(n, FieldType::Int16, i, v);
-    }
-    status_t ReplaceInt32(std::string_view n, int32_t i, int32_t v) {
-        return ReplaceValue(n, FieldType::Int32, i, v);
-    }
-    status_t ReplaceInt64(std::string_view n, int32_t i, int64_t v) {
-        return ReplaceValue(n, FieldType::Int64, i, v);
-    }
-    status_t ReplaceFloat(std::string_view n, int32_t i, float v) {
-        return ReplaceValue(n, FieldType::Float, i, v);
-    }
-    status_t ReplaceDouble(std::string_view n, int32_t i, double v) {
-        return ReplaceValue(n, FieldType::Double, i, v);
-    }
-    status_t ReplaceString(std::string_view n, int32_t i, std::string_view v) {
-        return ReplaceValue(n, FieldType::String, i, std::string(v));
-    }
-    status_t ReplacePoint(std::string_view n, int32_t i, Point v) {
-        return ReplaceValue(n, FieldType::Point, i, v);
-    }
-    status_t ReplaceRect(std::string_view n, int32_t i, Rect v) {
-        return ReplaceValue(n, FieldType::Rect, i, v);
-    }
-    status_t ReplaceMessage(std::string_view n, int32_t i, const Message& v) {
-        return ReplaceValue(n, FieldType::Message, i, std::make_shared<const Message>(v));
-    }
-    status_t ReplaceFlat(std::string_view n, int32_t i, const Flattenable& object) {
-        return ReplaceValue(n, FieldType::Data, i, FlatData{object.TypeCode(), object.Flatten()});
-    }
-
-    bool HasBool(std::string_view n, int32_t i = 0) const { return HasValue(n, FieldType::Bool, i); }
-    bool HasInt8(std::string_view n, int32_t i = 0) const { return HasValue(n, FieldType::Int8, i); }
-    bool HasInt16(std::string_view n, int32_t i = 0) const {
-        return HasValue(n, FieldType::Int16, i);
-    }
-    bool HasInt32(std::string_view n, int32_t i = 0) const {
-        return HasValue(n, FieldType::Int32, i);
-    }
-    bool HasInt64(std::string_view n, int32_t i = 0) const {
-        return HasValue(n, FieldType::Int64, i);
-    }
-    bool HasFloat(std::string_view n, int32_t i = 0) const {
-        return HasValue(n, FieldType::Float, i);
-    }
-    bool HasDouble(std::string_view n, int32_t i = 0) const {
-        return HasValue(n, FieldType::Double, i);
-    }
-    bool HasString(std::string_view n, int32_t i = 0) const {
-        return HasValue(n, FieldType::String, i);
-    }
-    bool HasPoint(std::string_view n, int32_t i = 0) const {
-        return HasValue(n, FieldType::Point, i);
-    }
-    bool HasRect(std::string_view n, int32_t i = 0) const { return HasValue(n, FieldType::Rect, i); }
-    bool HasMessage(std::string_view n, int32_t i = 0) const {
-        return HasValue(n, FieldType::Message, i);
-    }
     // True when the field holds flattened data of the object's own type code.
     bool HasFlat(std::string_view n, const Flattenable& object, int32_t i = 0) const;
 

@@ -9,8 +9,8 @@ namespace vocato {
 namespace {
 
 constexpr std::array<std::string_view, 12> kTypeNames = {
-    "bool", "int8", "int16", "int32", "int64", "float",
-    "double", "string", "point", "rect", "message", "data",
+    "bool",   "int8",   "int16", "int32", "int64",   "float",
+    "double", "string", "point", "rect",  "message", "data",
 };
 
 // Archives nest a message or two; a hostile file nesting thousands must not
@@ -376,8 +376,8 @@ private:
         }
         case FieldType::Rect: {
             Rect r;
-            bool ok = reader.Number(&r.left) && reader.Number(&r.top) &&
-                      reader.Number(&r.right) && reader.Number(&r.bottom);
+            bool ok = reader.Number(&r.left) && reader.Number(&r.top) && reader.Number(&r.right) &&
+                      reader.Number(&r.bottom);
             *value = r;
             return ok;
         }

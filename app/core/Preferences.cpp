@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -104,6 +105,13 @@ TPreferences::TPreferences(const char* fileName) : Message(FourCC("pref")) {
     }
     path_ = directory + "/" + fileName;
     status_ = Load();
+    if (status_ == B_BAD_DATA) {
+        // The next save would replace the file; keep the user's old one for a look.
+        std::string kept = path_ + ".damaged";
+        bool moved = ::rename(path_.c_str(), kept.c_str()) == 0;
+        std::fprintf(stderr, "Vocato: the settings file %s is damaged; using the defaults%s%s\n",
+                     path_.c_str(), moved ? ", old file kept as " : "", moved ? kept.c_str() : "");
+    }
 }
 
 TPreferences::~TPreferences() {
@@ -129,7 +137,8 @@ status_t TPreferences::Save() const {
     if (fd < 0) {
         return B_IO_ERROR;
     }
-    std::string text = "# Vocato settings, rewritten whenever Vocato quits\n" + MessageToText(*this);
+    std::string text =
+        "# Vocato settings, rewritten whenever Vocato quits\n" + MessageToText(*this);
     bool written = WriteAll(fd, text) && ::fsync(fd) == 0;
     written = ::close(fd) == 0 && written;
     if (!written || ::rename(temporary.c_str(), path_.c_str()) != 0) {

@@ -14,7 +14,8 @@ std::string SettingsDirectory();
 // The user's settings between runs: a message whose fields are the settings,
 // read from its file once at construction and written back when destroyed.
 // A missing or damaged file leaves the store empty, so every getter yields the
-// default its caller passes. There is no lock: its users touch it at distinct
+// default its caller passes; a damaged file is moved aside to "<file>.damaged"
+// before it could be overwritten. There is no lock: its users touch it at distinct
 // moments (construction of a window or the node, a menu choice, a view's end).
 class TPreferences final : public Message {
 public:

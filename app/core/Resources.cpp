@@ -83,8 +83,7 @@ Message FindArchivedResource(const char* name, const ResourceSet* resources) {
     const std::vector<uint8_t>* data =
         set != nullptr ? set->LoadResource(kArchiveType, name) : nullptr;
     if (data != nullptr &&
-        MessageFromText(std::string_view(reinterpret_cast<const char*>(data->data()),
-                                         data->size()),
+        MessageFromText(std::string_view(reinterpret_cast<const char*>(data->data()), data->size()),
                         &archive) == B_OK) {
         return archive;
     }

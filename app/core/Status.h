@@ -4,9 +4,8 @@
 
 namespace vocato {
 
-// Results of message, settings and resource operations. Zero is success; the
-// errors are negative so that `if (status < B_OK)` reads as it did on the
-// platform these names come from.
+// Results of message, settings and resource operations. Zero is success and
+// every error is negative, so `status < B_OK` tests for any failure.
 using status_t = int32_t;
 
 inline constexpr status_t B_OK = 0;

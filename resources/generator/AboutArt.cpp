@@ -33,8 +33,8 @@ void DrawVoiceToNotes(QPainter& p) {
     p.setBrush(Qt::NoBrush);
     p.drawPath(wave);
     p.setPen(Qt::NoPen);
-    const QRectF notes[] = {{106, 98, 16, 4}, {124, 92, 12, 4}, {138, 95, 20, 4},
-                            {160, 88, 10, 4}, {172, 91, 16, 4}};
+    const QRectF notes[] = {
+        {106, 98, 16, 4}, {124, 92, 12, 4}, {138, 95, 20, 4}, {160, 88, 10, 4}, {172, 91, 16, 4}};
     for (const QRectF& note : notes) {
         p.setBrush(colour::amber);
         p.drawRoundedRect(note, 1.5, 1.5);
@@ -103,8 +103,8 @@ void DrawAboutScroll(QPainter& p) {
     qreal y = 18;
     for (const Line& line : lines) {
         if (line.heading) {
-            DrawCaption(p, QPointF(kWidth / 2, y), QString::fromUtf8(line.text),
-                        Qt::AlignHCenter, 8);
+            DrawCaption(p, QPointF(kWidth / 2, y), QString::fromUtf8(line.text), Qt::AlignHCenter,
+                        8);
         } else if (line.text[0] != '\0') {
             QFont font = Font(10, QFont::Normal);
             p.setFont(font);

@@ -196,10 +196,10 @@ void AddButtonFaces(std::vector<Artwork>& out) {
         IconPainter icon;
     };
     const Button buttons[] = {
-        {"RecMidi", {35, 25}, DrawRecord},     {"StopMidi", {35, 25}, DrawStop},
-        {"WaveFile", {38, 28}, DrawOpenFile},  {"Input", {38, 28}, DrawMicrophone},
-        {"Preset", {38, 28}, DrawPreset},      {"Instrument", {38, 28}, DrawInstrument},
-        {"Panic", {38, 28}, DrawPanic},        {"PlayWave", {35, 25}, DrawPlay},
+        {"RecMidi", {35, 25}, DrawRecord},    {"StopMidi", {35, 25}, DrawStop},
+        {"WaveFile", {38, 28}, DrawOpenFile}, {"Input", {38, 28}, DrawMicrophone},
+        {"Preset", {38, 28}, DrawPreset},     {"Instrument", {38, 28}, DrawInstrument},
+        {"Panic", {38, 28}, DrawPanic},       {"PlayWave", {35, 25}, DrawPlay},
     };
     struct State {
         const char* field;

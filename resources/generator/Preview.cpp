@@ -56,8 +56,9 @@ private:
     }
 
     void Buttons(const PanelState& s) {
-        Image(s.playing ? "buttons/PlayWave_e_on" : s.liveInput ? "buttons/PlayWave_d_off"
-                                                               : "buttons/PlayWave_e_off",
+        Image(s.playing     ? "buttons/PlayWave_e_on"
+              : s.liveInput ? "buttons/PlayWave_d_off"
+                            : "buttons/PlayWave_e_off",
               193, 159);
         Image(s.recording ? "buttons/RecMidi_e_on" : "buttons/RecMidi_e_off", 232, 159);
         Image("buttons/StopMidi_e_off", 273, 159);
@@ -150,7 +151,9 @@ private:
     void Trace() {
         p_.setPen(QColor(255, 255, 31));
         for (int i = 0; i < 127; ++i) {
-            auto sample = [](int n) { return 9000 * std::sin(n * 0.19) + 5000 * std::sin(n * 0.57); };
+            auto sample = [](int n) {
+                return 9000 * std::sin(n * 0.19) + 5000 * std::sin(n * 0.57);
+            };
             p_.drawLine(QPointF(16.5 + i, 71 + std::floor(sample(i) / 1024)),
                         QPointF(16.5 + i, 71 + std::floor(sample(i + 1) / 1024)));
         }
@@ -205,10 +208,20 @@ bool WritePreview(const QDir& root, const QString& sheetPath) {
     sheet.fill(QColor(0x50, 0x50, 0x58));
     QPainter p(&sheet);
     p.setRenderHint(QPainter::Antialiasing);
-    const PanelState idle{"ACOUSTIC GRAND", "Default", "", false, false, true, 513, 0, 8192, 6,
-                          0, 0};
-    const PanelState busy{"ELECTRIC GUITAR CLEAN", "Female voice", "melody.wav", true, true,
-                          false, 544, 64, 11000, 12, 96, 80};
+    const PanelState idle{
+        "ACOUSTIC GRAND", "Default", "", false, false, true, 513, 0, 8192, 6, 0, 0};
+    const PanelState busy{"ELECTRIC GUITAR CLEAN",
+                          "Female voice",
+                          "melody.wav",
+                          true,
+                          true,
+                          false,
+                          544,
+                          64,
+                          11000,
+                          12,
+                          96,
+                          80};
     p.save();
     p.translate(10, 10);
     Panel(p, root, 1).Draw(idle);

@@ -162,9 +162,10 @@ void DrawKeyboardBed(QPainter& p) {
     DrawWell(p, QRectF(13, 210, 568, 75), 3);
     p.fillRect(QRectF(60, 213, 518, 7), QColor(0x3a, 0x12, 0x14));
     p.fillRect(QRectF(60, 218, 518, 2), QColor(0, 0, 0, 140));
-    DrawWell(p, QRectF(55, 288, 527, 10), 2);
-    p.fillRect(Area(56, 290, 580, 296), Qt::black);
-    DrawCaption(p, QPointF(38.5, 296), QStringLiteral("BEND"), Qt::AlignHCenter, 6.5);
+    // A wide bend range throws the bar far from its key, so the strip runs the
+    // whole width of the plate.
+    DrawWell(p, QRectF(8, 288, 584, 10), 2);
+    p.fillRect(Area(9, 290, 590, 296), Qt::black);
 }
 
 void DrawSkin(QPainter& p) {

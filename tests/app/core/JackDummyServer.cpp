@@ -13,8 +13,8 @@
 extern char** environ;
 
 JackDummyServer::JackDummyServer() : name_("vocato-appcore-" + std::to_string(::getpid())) {
-    const char* argv[] = {"jackd", "--no-realtime", "-n", name_.c_str(), "-d", "dummy",
-                          "-r", "48000", "-p", "256", nullptr};
+    const char* argv[] = {"jackd", "--no-realtime", "-n", name_.c_str(), "-d",   "dummy",
+                          "-r",    "48000",         "-p", "256",         nullptr};
     if (::posix_spawnp(&pid_, "jackd", nullptr, nullptr, const_cast<char**>(argv), environ) != 0) {
         pid_ = -1;
         return;

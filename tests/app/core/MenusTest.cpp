@@ -1,7 +1,7 @@
+#include "Menus.h"
 #include "InstrumentTables.h"
 #include "JackDummyServer.h"
 #include "MenuItem.h"
-#include "Menus.h"
 #include "Preferences.h"
 
 #include <gtest/gtest.h>

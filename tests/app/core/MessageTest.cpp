@@ -47,12 +47,14 @@ TEST(Message, RepeatedAddsMakeIndexedValues) {
     EXPECT_EQ(message.FindInt32("_color", &value, 2), B_OK);
     EXPECT_EQ(value, -1);
     EXPECT_EQ(message.FindInt32("_color", &value, 3), B_BAD_INDEX);
-    EXPECT_TRUE(message.HasInt32("_color", 2));
-    EXPECT_FALSE(message.HasInt32("_color", 3));
-    ASSERT_EQ(message.ReplaceInt32("_color", 1, 128), B_OK);
+    EXPECT_TRUE(message.HasValue("_color", FieldType::Int32, 2));
+    EXPECT_FALSE(message.HasValue("_color", FieldType::Int32, 3));
+    ASSERT_EQ(message.ReplaceValue("_color", FieldType::Int32, 1, int32_t(128)), B_OK);
     EXPECT_EQ(message.FindInt32("_color", &value, 1), B_OK);
     EXPECT_EQ(value, 128);
-    EXPECT_EQ(message.ReplaceInt32("_color", 5, 1), B_BAD_INDEX);
+    EXPECT_EQ(message.ReplaceValue("_color", FieldType::Int32, 5, int32_t(1)), B_BAD_INDEX);
+    EXPECT_EQ(message.ReplaceValue("_color", FieldType::Int32, 0, int8_t(1)), B_BAD_VALUE)
+        << "a value of another type than the one named";
 }
 
 TEST(Message, NestedMessagesAreCopiesNotShares) {
@@ -61,7 +63,9 @@ TEST(Message, NestedMessagesAreCopiesNotShares) {
     Message outer;
     outer.AddMessage("_msg", inner);
     Message copy = outer;
-    ASSERT_EQ(copy.ReplaceMessage("_msg", 0, Message(FourCC("MStp"))), B_OK);
+    ASSERT_EQ(copy.ReplaceValue("_msg", FieldType::Message, 0,
+                                std::make_shared<const Message>(FourCC("MStp"))),
+              B_OK);
 
     Message found;
     ASSERT_EQ(outer.FindMessage("_msg", &found), B_OK);
@@ -127,11 +131,12 @@ TEST(MessageText, TheTextIsReadableByPeople) {
     message.AddInt8("MidiChannel", 5);
     message.AddString("MidiPortName", "Midi Through:Midi Through Port-0");
     message.AddFloat("BendRange", 6);
-    EXPECT_EQ(MessageToText(message), "what 'pref'\n"
-                                      "int8 \"MidiChannel\" 5\n"
-                                      "string \"MidiPortName\" \"Midi Through:Midi Through Port-0\"\n"
-                                      "float \"BendRange\" 6\n"
-                                      "end\n");
+    EXPECT_EQ(MessageToText(message),
+              "what 'pref'\n"
+              "int8 \"MidiChannel\" 5\n"
+              "string \"MidiPortName\" \"Midi Through:Midi Through Port-0\"\n"
+              "float \"BendRange\" 6\n"
+              "end\n");
 }
 
 TEST(MessageText, CommentsBlankLinesAndWindowsLineEndsAreAccepted) {
@@ -149,20 +154,20 @@ TEST(MessageText, MalformedTextIsRejectedAndLeavesTheTargetAlone) {
     const char* broken[] = {
         "",
         "end\n",
-        "what 'pref'\n",                                     // cut before its end
-        "what 'pref'\nint8 \"MidiChannel\" 5\n",             // cut at a line boundary
-        "what 'pref'\nint8 \"MidiChannel\" 128\nend\n",      // out of range for int8
-        "what 'pref'\nint8 \"MidiChannel\" 5x\nend\n",       // trailing characters
-        "what 'pref'\nint9 \"MidiChannel\" 5\nend\n",        // unknown type
-        "what 'pref'\nstring \"Name\" \"open\nend\n",        // unterminated string
-        "what 'pref'\nstring \"Name\" \"bad \\q\"\nend\n",   // unknown escape
-        "what 'pref'\nint8 \"a\" 1\nint32 \"a\" 2\nend\n",   // one name, two types
-        "what 'pref'\nrect \"r\" 1 2 3\nend\n",              // too few numbers
-        "what 'pref'\nmessage \"m\" {\nwhat 'x'\nend\n",      // bad nested code, no brace
-        "what 'pref'\nmessage \"m\" {\nwhat 'MRec'\nend\n",   // nested message never closed
-        "what 'pref'\ndata \"d\" 'PNG ' \"abc\"\nend\n",     // odd hex digits
-        "what 'pref'\nend\nint8 \"late\" 1\n",               // content after the end
-        "what 'pre'\nend\n",                                 // three-character code
+        "what 'pref'\n",                                    // cut before its end
+        "what 'pref'\nint8 \"MidiChannel\" 5\n",            // cut at a line boundary
+        "what 'pref'\nint8 \"MidiChannel\" 128\nend\n",     // out of range for int8
+        "what 'pref'\nint8 \"MidiChannel\" 5x\nend\n",      // trailing characters
+        "what 'pref'\nint9 \"MidiChannel\" 5\nend\n",       // unknown type
+        "what 'pref'\nstring \"Name\" \"open\nend\n",       // unterminated string
+        "what 'pref'\nstring \"Name\" \"bad \\q\"\nend\n",  // unknown escape
+        "what 'pref'\nint8 \"a\" 1\nint32 \"a\" 2\nend\n",  // one name, two types
+        "what 'pref'\nrect \"r\" 1 2 3\nend\n",             // too few numbers
+        "what 'pref'\nmessage \"m\" {\nwhat 'x'\nend\n",    // bad nested code, no brace
+        "what 'pref'\nmessage \"m\" {\nwhat 'MRec'\nend\n", // nested message never closed
+        "what 'pref'\ndata \"d\" 'PNG ' \"abc\"\nend\n",    // odd hex digits
+        "what 'pref'\nend\nint8 \"late\" 1\n",              // content after the end
+        "what 'pre'\nend\n",                                // three-character code
     };
     for (const char* text : broken) {
         Message target(FourCC("keep"));

@@ -1,6 +1,7 @@
 // A long random-input run over the settings loader: random bytes, damaged
 // copies of real texts and random messages must never crash it, and whatever
-// it accepts must be a message that writes itself back the same way.
+// it accepts must be a message that writes itself back the same way. (With
+// Clang, fuzz/ holds a libFuzzer target for longer runs.)
 #include "Message.h"
 #include "MessageText.h"
 
@@ -29,16 +30,36 @@ Message RandomMessage(std::mt19937& random, int depth) {
         std::string name = text() + std::to_string(field);
         for (int values = 1 + count(random) / 3; values > 0; --values) {
             switch (FieldType(depth < 3 ? type(random) : type(random) % 10)) {
-            case FieldType::Bool: message.AddBool(name, byte(random) & 1); break;
-            case FieldType::Int8: message.AddInt8(name, int8_t(byte(random))); break;
-            case FieldType::Int16: message.AddInt16(name, int16_t(random())); break;
-            case FieldType::Int32: message.AddInt32(name, int32_t(random())); break;
-            case FieldType::Int64: message.AddInt64(name, int64_t(random()) << 31); break;
-            case FieldType::Float: message.AddFloat(name, real()); break;
-            case FieldType::Double: message.AddDouble(name, double(real()) / 7); break;
-            case FieldType::String: message.AddString(name, text()); break;
-            case FieldType::Point: message.AddPoint(name, {real(), real()}); break;
-            case FieldType::Rect: message.AddRect(name, {real(), real(), real(), real()}); break;
+            case FieldType::Bool:
+                message.AddBool(name, byte(random) & 1);
+                break;
+            case FieldType::Int8:
+                message.AddInt8(name, int8_t(byte(random)));
+                break;
+            case FieldType::Int16:
+                message.AddInt16(name, int16_t(random()));
+                break;
+            case FieldType::Int32:
+                message.AddInt32(name, int32_t(random()));
+                break;
+            case FieldType::Int64:
+                message.AddInt64(name, int64_t(random()) << 31);
+                break;
+            case FieldType::Float:
+                message.AddFloat(name, real());
+                break;
+            case FieldType::Double:
+                message.AddDouble(name, double(real()) / 7);
+                break;
+            case FieldType::String:
+                message.AddString(name, text());
+                break;
+            case FieldType::Point:
+                message.AddPoint(name, {real(), real()});
+                break;
+            case FieldType::Rect:
+                message.AddRect(name, {real(), real(), real(), real()});
+                break;
             case FieldType::Message:
                 message.AddMessage(name, RandomMessage(random, depth + 1));
                 break;
@@ -96,7 +117,7 @@ TEST(MessageTextFuzz, RandomBytesAndDamagedFilesNeverCrashTheLoader) {
     std::mt19937 random(42);
     std::uniform_int_distribution<int> byte(0, 255);
     const std::string alphabet = "what'pref\"int8 string{}message\\x0a\n end#-.e9 ";
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < 100000; ++i) {
         std::string text;
         size_t length = size_t(byte(random)) * 2;
         bool fromAlphabet = i % 2 == 0;
@@ -106,7 +127,7 @@ TEST(MessageTextFuzz, RandomBytesAndDamagedFilesNeverCrashTheLoader) {
         }
         ExpectStableIfAccepted(text);
     }
-    for (int i = 0; i < 3000; ++i) {
+    for (int i = 0; i < 20000; ++i) {
         std::string text = MessageToText(RandomMessage(random, 0));
         for (int flips = 1 + byte(random) % 4; flips > 0; --flips) {
             text[size_t(random()) % text.size()] = char(byte(random));

@@ -1,6 +1,6 @@
+#include "Resources.h"
 #include "ButtonCatalogue.h"
 #include "ImageResources.h"
-#include "Resources.h"
 
 #include <gtest/gtest.h>
 
@@ -50,10 +50,10 @@ TEST_F(ResourcesTest, EveryButtonIsArchivedWithItsMessageAndBehaviour) {
         float right;
     };
     const Expected buttons[] = {
-        {"RecMidi", FourCC("MRec"), 1, 34},    {"StopMidi", FourCC("MStp"), 0, 34},
-        {"WaveFile", FourCC("mOpn"), 0, 37},   {"Input", FourCC("mInp"), 0, 37},
-        {"Preset", FourCC("BPst"), 0, 37},     {"Instrument", FourCC("BIns"), 0, 37},
-        {"Panic", FourCC("BPan"), 0, 37},      {"PlayWave", FourCC("BPla"), 1, 34},
+        {"RecMidi", FourCC("MRec"), 1, 34},  {"StopMidi", FourCC("MStp"), 0, 34},
+        {"WaveFile", FourCC("mOpn"), 0, 37}, {"Input", FourCC("mInp"), 0, 37},
+        {"Preset", FourCC("BPst"), 0, 37},   {"Instrument", FourCC("BIns"), 0, 37},
+        {"Panic", FourCC("BPan"), 0, 37},    {"PlayWave", FourCC("BPla"), 1, 34},
     };
     for (const Expected& expected : buttons) {
         SCOPED_TRACE(expected.name);
