@@ -30,6 +30,11 @@ void* operator new(size_t size) {
 }
 
 void operator delete(void* p) noexcept { std::free(p); }
+// GCC does not see that the replaced operator new above pairs malloc with this free.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+void operator delete(void* p, size_t) noexcept { std::free(p); }
+#pragma GCC diagnostic pop
 
 TEST(NodeThread, TenSecondsOfAudioAndAPresetChangeAllocateNothing) {
     using namespace vocato;
