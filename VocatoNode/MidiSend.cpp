@@ -76,18 +76,13 @@ void VocatoNode::SendBend(char channel, unsigned short value, double time) noexc
 void VocatoNode::SendProgramChange(char channel, short program, double time) noexcept {
     media::PostDiagnostic("system -stamp %f\n",
                           static_cast<double>(NowMicros()) - time * 1000.0);
-    if (fSynth != nullptr) {
-        fSynth->AllNotesOff(false, StampMs(NowMs()));
-    }
-    for (media::MidiSink* sink : fOutputs) {
-        if (sink != nullptr) {
-            sink->AllNotesOff(false, StampMs(NowMs()));
-        }
-    }
+    SilenceAll(false);
     Play(midi::ProgramChange(channel, static_cast<uint8_t>(program & 0xFF)), StampMs(time));
 }
 
-void VocatoNode::SendAllNotesOff(bool justChannel) noexcept {
+void VocatoNode::SendAllNotesOff(bool justChannel) noexcept { SilenceAll(justChannel); }
+
+void VocatoNode::SilenceAll(bool justChannel) noexcept {
     const uint32_t now = StampMs(NowMs());
     if (fSynth != nullptr) {
         fSynth->AllNotesOff(justChannel, now);

@@ -146,6 +146,7 @@ private:
     void ProcessAudio(media::Buffer& buffer) noexcept;
     void ApplyParameterData(const void* data, size_t size) noexcept;
     void Play(const media::MidiMessage& message, uint32_t stamp) noexcept;
+    void SilenceAll(bool justChannel) noexcept;
     void Record(const media::MidiMessage& message, double time) noexcept;
     void Broadcast(int64_t when, int32_t id, const void* value) noexcept;
     void SetLastChange(int32_t id, int64_t when) noexcept;

@@ -1,7 +1,5 @@
 #include "NodeRig.h"
 
-#include "Presets.h"
-
 #include <gtest/gtest.h>
 
 namespace midi = vocato::media::midi;
@@ -126,10 +124,4 @@ TEST(Presets, ARateTheEngineRefusesLeavesTheNodeNotReady) {
     rig.node->Disconnected({1, 1}, {0, 0});
     rig.Connect(1, 8000.0);
     EXPECT_TRUE(rig.node->EngineReady());
-}
-
-TEST(Presets, TheMenuHasTwentyLabelledPresets) {
-    EXPECT_EQ(kPresets.size(), 20u);
-    EXPECT_EQ(kPresets[0].label, "Default");
-    EXPECT_EQ(kPresets[19].label, "Alto recorder");
 }
