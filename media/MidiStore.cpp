@@ -19,6 +19,18 @@ bool MidiStore::Add(uint32_t stampMs, const MidiMessage& message) noexcept {
     return true;
 }
 
+void MidiStore::EnsureRoom(size_t room) {
+    const size_t n = CountEvents();
+    if (capacity_ - n >= room) {
+        return;
+    }
+    const size_t capacity = std::max(2 * capacity_, n + room);
+    auto larger = std::make_unique<StoredEvent[]>(capacity);
+    std::copy(events_.get(), events_.get() + n, larger.get());
+    events_ = std::move(larger);
+    capacity_ = capacity;
+}
+
 std::vector<StoredEvent> MidiStore::SortedEvents() const {
     std::vector<StoredEvent> sorted(events_.get(), events_.get() + CountEvents());
     std::stable_sort(sorted.begin(), sorted.end(), [](const StoredEvent& a, const StoredEvent& b) {
