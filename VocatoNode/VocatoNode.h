@@ -51,8 +51,8 @@ struct NodeOptions {
 class VocatoNode {
 public:
     // Not the node thread. `window` and `addOn` are not owned; `portName` is not used.
-    VocatoNode(media::DisplaySink* window, VocatoAddOn* addOn, const char* portName,
-               int8_t channel, NodeOptions options = {});
+    VocatoNode(media::DisplaySink* window, VocatoAddOn* addOn, const char* portName, int8_t channel,
+               NodeOptions options = {});
     // The owner stops and disconnects the node first.
     ~VocatoNode();
     VocatoNode(const VocatoNode&) = delete;
@@ -79,8 +79,7 @@ public:
     // --- event looper (node thread) ---
     // Applies the timed events that are due; the audio path calls it before each buffer.
     void RunEvents() noexcept;
-    void HandleEvent(const media::TimedEvent& event, int64_t lateness,
-                     bool realTimeEvent) noexcept;
+    void HandleEvent(const media::TimedEvent& event, int64_t lateness, bool realTimeEvent) noexcept;
     void Start(int64_t performanceTime) noexcept;
     void Stop(int64_t performanceTime, bool immediate) noexcept;
 
@@ -100,8 +99,7 @@ public:
     void PresetBaseInstrument(int kind) noexcept;
 
     // --- MIDI output (node thread unless said otherwise) ---
-    void SendNoteOn(char channel, unsigned char note, unsigned char velocity,
-                    double time) noexcept;
+    void SendNoteOn(char channel, unsigned char note, unsigned char velocity, double time) noexcept;
     void SendNoteOff(char channel, unsigned char note, unsigned char velocity,
                      double time) noexcept;
     void SendExpression(char channel, unsigned char value, double time) noexcept;
@@ -120,8 +118,7 @@ public:
     // Packs the left channel of interleaved stereo at the start of the buffer.
     static void StereoToMono(int16_t* samples, uint32_t frames) noexcept;
     // The same for any channel count: keeps the first channel.
-    static void FirstChannelToMono(int16_t* samples, uint32_t frames,
-                                   uint32_t channels) noexcept;
+    static void FirstChannelToMono(int16_t* samples, uint32_t frames, uint32_t channels) noexcept;
 
     // Not the node thread. Frees retired trackers and builds spares for preset changes.
     void Maintain();

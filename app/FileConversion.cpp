@@ -164,8 +164,7 @@ ConversionReport Convert(const std::string& input, const std::string& output,
 } // namespace
 
 ConversionReport ConvertFile(const std::string& input, const std::string& output,
-                             const ConversionSettings& settings,
-                             const ProgressCallback& progress) {
+                             const ConversionSettings& settings, const ProgressCallback& progress) {
     try {
         return Convert(input, output, settings, progress);
     } catch (const std::bad_alloc&) {

@@ -46,8 +46,8 @@ void MidiStore::CloseSoundingNotes(uint32_t stampMs) noexcept {
         const MidiMessage& m = events_[i].message;
         const size_t key = static_cast<size_t>(m.bytes[0] & 0x0F) * 128 + m.bytes[1];
         const bool on = m.Status() == midi::kNoteOn && m.bytes[2] != 0;
-        const bool off = m.Status() == midi::kNoteOff ||
-                         (m.Status() == midi::kNoteOn && m.bytes[2] == 0);
+        const bool off =
+            m.Status() == midi::kNoteOff || (m.Status() == midi::kNoteOn && m.bytes[2] == 0);
         if (on) {
             ++sounding[key];
         } else if (off && sounding[key] > 0) {
@@ -56,8 +56,8 @@ void MidiStore::CloseSoundingNotes(uint32_t stampMs) noexcept {
     }
     for (size_t key = 0; key < sounding.size(); ++key) {
         for (int k = 0; k < sounding[key]; ++k) {
-            Add(stampMs, midi::NoteOff(static_cast<int>(key / 128) + 1,
-                                       static_cast<uint8_t>(key % 128), 0));
+            Add(stampMs,
+                midi::NoteOff(static_cast<int>(key / 128) + 1, static_cast<uint8_t>(key % 128), 0));
         }
     }
 }

@@ -36,7 +36,6 @@ public:
 private:
     size_t ReadFloating(int16_t* interleaved, size_t frames) noexcept;
 
-
     SoundFileReader(SNDFILE* file, const SoundFileInfo& info, bool floating);
 
     SNDFILE* file_;

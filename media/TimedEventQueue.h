@@ -16,8 +16,8 @@ enum class EventType : int32_t { Parameter, DataStatus };
 struct TimedEvent {
     int64_t time = 0; // microseconds on the node's clock
     EventType type = EventType::Parameter;
-    int32_t id = 0;         // parameter id, or the data status
-    uint8_t value[4] = {};  // the parameter's value bytes, copied at posting time
+    int32_t id = 0;        // parameter id, or the data status
+    uint8_t value[4] = {}; // the parameter's value bytes, copied at posting time
 };
 
 class TimedEventQueue {

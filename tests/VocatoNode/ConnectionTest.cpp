@@ -25,8 +25,7 @@ TEST(Connection, ASecondConnectionIsRefusedUntilDisconnected) {
     EXPECT_TRUE(rig.window.oscilloBuffer.Attached());
     media::MediaInput out;
     media::MediaFormat format;
-    EXPECT_EQ(rig.node->Connected({2, 2}, input.destination, format, &out),
-              media::kBadDestination);
+    EXPECT_EQ(rig.node->Connected({2, 2}, input.destination, format, &out), media::kBadDestination);
     rig.node->Disconnected(input.source, input.destination);
     EXPECT_FALSE(rig.window.oscilloBuffer.Attached());
     EXPECT_EQ(rig.node->Connected({2, 2}, input.destination, format, &out), media::kOk);
