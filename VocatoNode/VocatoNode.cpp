@@ -116,12 +116,6 @@ media::Status VocatoNode::GetLatencyFor(const media::MediaDestination& dest,
     return media::kOk;
 }
 
-int64_t VocatoNode::calcProcessingLatency() const {
-    DebugOutput("VocatoNode::calcProcessingLatency()\n");
-    const int64_t first = fSystemClock.NowMicros();
-    return fSystemClock.NowMicros() - first;
-}
-
 void VocatoNode::getPreferredFormat(media::MediaFormat& format) {
     if (format.type != media::MediaType::RawAudio) {
         throw std::invalid_argument("getPreferredFormat needs a raw-audio format");

@@ -72,7 +72,6 @@ public:
                             int64_t at) noexcept;
     media::Status GetLatencyFor(const media::MediaDestination& dest, int64_t* latency) const;
     // Any thread.
-    int64_t calcProcessingLatency() const;
     static void getPreferredFormat(media::MediaFormat& format);
     VocatoAddOn* AddOn(int32_t* internalID) const;
 
@@ -130,7 +129,6 @@ public:
     double MidiClock() const noexcept { return fMidiClock.load(std::memory_order_relaxed); }
     // The recording stamp that an event sent now would get.
     uint32_t RecordingStampNow() const noexcept;
-    double EngineRate() const noexcept { return fEngineRate; }
     // False when the tracker refused the stream's rate or there is no tracker.
     bool EngineReady() const noexcept { return fEngine != nullptr && fEngineRateAccepted; }
     media::FluidSynthSink* Synth() const noexcept { return fSynth.get(); }

@@ -30,9 +30,6 @@ public:
     // Node thread only. Takes the earliest event due at `now` (ties in posting order).
     bool PopDue(int64_t now, TimedEvent& out) noexcept;
 
-    // Node thread only. Drops every event of `type` posted so far.
-    void Flush(EventType type) noexcept;
-
     // Any thread.
     uint64_t Dropped() const noexcept { return dropped_.load(std::memory_order_relaxed); }
 
