@@ -119,7 +119,8 @@ public:
     // The same for any channel count: keeps the first channel.
     static void FirstChannelToMono(int16_t* samples, uint32_t frames, uint32_t channels) noexcept;
 
-    // Not the node thread. Frees retired trackers and builds spares for preset changes.
+    // Not the node thread. Frees retired trackers and builds spares for preset changes; the
+    // owner calls it regularly (a GUI timer, a host's worker) and after queuing a preset.
     void Maintain();
 
     // --- observers (any thread) ---
