@@ -16,7 +16,8 @@ void VocatoNode::PresetBaseInstrument(int kind) noexcept {
     fHoldLevelDb.store(-40.0f);
     fStartDistance.store(0.2f);
     fHoldDistance.store(0.4f);
-    // Basses ring long and low: one period is enough to decide, and the filters open wider.
+    // Kind 1 (the basses) compares one period instead of two and widens the filters, whose
+    // span is relative to the tracked range; kind 2 (guitars) bends further.
     fStartPeriods.store(kind == 1 ? 1.0f : 2.0f);
     fHoldPeriods.store(kind == 1 ? 1.0f : 2.0f);
     fLagWeight.store(0.1f);
