@@ -1,7 +1,5 @@
 #include "NodeRig.h"
 
-#include "Presets.h"
-
 #include <gtest/gtest.h>
 
 namespace midi = vocato::media::midi;
@@ -11,19 +9,24 @@ using vocato::test::NodeRig;
 
 namespace {
 
-double F(float v) { return static_cast<double>(v); }
+double F(float v) {
+    return static_cast<double>(v);
+}
 
 } // namespace
 
 TEST(Presets, TheDefaultPresetFeedsAFreshEngineInTheFixedOrder) {
     NodeRig rig;
     const Sets expected = {
-        {WFET_SAMPLE_RATE, 44100.0},  {WFET_FILTER_SPAN, 1.0},     {WFET_MAX_NOTE, 72.0},
-        {WFET_MIN_NOTE, 36.0},        {WFET_BEND_RANGE, 4.0},      {WFET_START_LEVEL_DB, -24.0},
-        {WFET_HOLD_LEVEL_DB, -36.0},  {WFET_START_DISTANCE, F(0.1f)}, {WFET_HOLD_DISTANCE, F(0.3f)},
-        {WFET_LAG_WEIGHT, F(0.1f)},   {WFET_START_PERIODS, 2.0},   {WFET_HOLD_PERIODS, 2.0},
-        {WFET_CONTINUITY, F(0.1f)},   {WFET_MEDIAN, 0.0},          {WFET_CONFIRM, 0.0},
-        {WFET_LEVEL_CEIL_DB, -6.0},   {WFET_LEVEL_MODE, 2.0},
+        {WFET_SAMPLE_RATE, 44100.0},   {WFET_FILTER_SPAN, 1.0},
+        {WFET_MAX_NOTE, 72.0},         {WFET_MIN_NOTE, 36.0},
+        {WFET_BEND_RANGE, 4.0},        {WFET_START_LEVEL_DB, -24.0},
+        {WFET_HOLD_LEVEL_DB, -36.0},   {WFET_START_DISTANCE, F(0.1f)},
+        {WFET_HOLD_DISTANCE, F(0.3f)}, {WFET_LAG_WEIGHT, F(0.1f)},
+        {WFET_START_PERIODS, 2.0},     {WFET_HOLD_PERIODS, 2.0},
+        {WFET_CONTINUITY, F(0.1f)},    {WFET_MEDIAN, 0.0},
+        {WFET_CONFIRM, 0.0},           {WFET_LEVEL_CEIL_DB, -6.0},
+        {WFET_LEVEL_MODE, 2.0},
     };
     EXPECT_EQ(rig.script->sets, expected);
 }
@@ -128,8 +131,23 @@ TEST(Presets, ARateTheEngineRefusesLeavesTheNodeNotReady) {
     EXPECT_TRUE(rig.node->EngineReady());
 }
 
-TEST(Presets, TheMenuHasTwentyLabelledPresets) {
-    EXPECT_EQ(kPresets.size(), 20u);
-    EXPECT_EQ(kPresets[0].label, "Default");
-    EXPECT_EQ(kPresets[19].label, "Alto recorder");
+TEST(Presets, TheMedianAndConfirmSwitchesReachEveryFreshEngine) {
+    NodeOptions options;
+    options.internalSynth = false;
+    options.median = 1;
+    options.confirm = 1;
+    auto script = std::make_shared<test::TrackerScript>();
+    options.trackerFactory = [script] { return std::make_unique<test::ScriptedTracker>(script); };
+    VocatoNode node(nullptr, nullptr, "", 1, std::move(options));
+    const int32_t preset = 15;
+    node.SetParameterValue(PARAM_PRESET, 0, &preset, 4);
+    node.RunEvents();
+    size_t median = 0;
+    size_t confirm = 0;
+    for (const auto& [code, value] : script->sets) {
+        median += code == WFET_MEDIAN && value == 1.0;
+        confirm += code == WFET_CONFIRM && value == 1.0;
+    }
+    EXPECT_EQ(median, 2u);
+    EXPECT_EQ(confirm, 2u);
 }
