@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <sndfile.h>
 
 namespace vocato::test {
 namespace {
@@ -81,6 +82,46 @@ protected:
     RecorderClient& recorder = *recorderClient;
     std::unique_ptr<LiveSession> session;
 };
+
+TEST_F(LiveJack, AtStartTheLiveInputIsConnectedAsRawAudioAndBothNodesRun) {
+    testing::internal::CaptureStdout();
+    StartVocato(false);
+    const std::string printed = testing::internal::GetCapturedStdout();
+    app::ProducerConnector& c = session->Connector();
+    EXPECT_TRUE(c.connected);
+    EXPECT_TRUE(c.running);
+    EXPECT_TRUE(session->Audio().Feeding());
+    EXPECT_EQ(c.connection.activeProducer, c.connection.producer);
+    EXPECT_EQ(c.connection.format.type, media::MediaType::RawAudio);
+    EXPECT_EQ(c.connection.format.raw.frameRate, 44100.0);
+    size_t lines = 0;
+    for (size_t at = 0; (at = printed.find("le producer n'est pas live\n", at)) != std::string::npos;
+         ++at) {
+        ++lines;
+    }
+    EXPECT_EQ(lines, 1u) << printed;
+}
+
+TEST_F(LiveJack, AFileChosenWhileLiveIsConnectedButWaitsAndTheLiveInputIsNeverReleased) {
+    StartVocato(false);
+    TempDir dir;
+    const std::string path = dir.File("tone.wav");
+    WriteSoundFile(path, Sine(440.0, 44100.0, 1.0), 44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    app::ProducerConnector& c = session->Connector();
+    ASSERT_TRUE(c.OpenFile(path));
+    EXPECT_TRUE(c.liveInput);
+    EXPECT_TRUE(c.connected);
+    EXPECT_FALSE(c.running);
+    EXPECT_FALSE(session->Audio().Feeding()) << "the live input is stopped";
+    EXPECT_EQ(c.connection.activeProducer, c.connection.fileProducer);
+
+    ASSERT_TRUE(c.ChangeProducer(c.connection.producer));
+    EXPECT_TRUE(c.running);
+    EXPECT_TRUE(session->Audio().Feeding());
+    EXPECT_EQ(c.Releases(), 1) << "the file producer, not the live input";
+    EXPECT_EQ(c.ReleasesOfNothing(), 0);
+    EXPECT_TRUE(alerts.shown.empty());
+}
 
 TEST_F(LiveJack, TheMelodyComesOutAsNotesAtTheFramesTheNodeDecidesThem) {
     StartVocato(false);
