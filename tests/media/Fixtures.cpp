@@ -47,7 +47,8 @@ void WriteSoundFile(const std::string& path, const std::vector<float>& interleav
     if (file == nullptr) {
         throw std::runtime_error("cannot write " + path + ": " + sf_strerror(nullptr));
     }
-    sf_writef_float(file, interleaved.data(), static_cast<sf_count_t>(interleaved.size() / channels));
+    sf_writef_float(file, interleaved.data(),
+                    static_cast<sf_count_t>(interleaved.size() / channels));
     sf_close(file);
 }
 
@@ -80,8 +81,15 @@ std::vector<float> RenderMelody(const std::vector<Note>& notes, int program, dou
             synth->Send(it->second, 0);
         }
     }
+    float peak = 0.0f;
     for (size_t i = 0; i < total; ++i) {
         mono[i] = 0.5f * (left[i] + right[i]);
+        peak = std::max(peak, std::fabs(mono[i]));
+    }
+    // Normalised to a peak of -3 dBFS, as the benchmark's recordings are.
+    const float gain = peak > 0.0f ? 0.708f / peak : 1.0f;
+    for (float& v : mono) {
+        v *= gain;
     }
     return mono;
 }
@@ -114,21 +122,22 @@ double EstimatePitchHz(const float* x, size_t count, double rate) {
     return 0.0;
 }
 
-double Cents(double hz, double reference) { return 1200.0 * std::log2(hz / reference); }
+double Cents(double hz, double reference) {
+    return 1200.0 * std::log2(hz / reference);
+}
 
 std::vector<std::string> ReadMidiWithMido(const std::string& path) {
-    const std::string script =
-        "import sys, mido\n"
-        "m = mido.MidiFile(sys.argv[1])\n"
-        "print(m.type, m.ticks_per_beat)\n"
-        "for track in m.tracks:\n"
-        "    t = 0\n"
-        "    for msg in track:\n"
-        "        t += msg.time\n"
-        "        if msg.is_meta:\n"
-        "            print(t, 'meta', msg.type, getattr(msg, 'tempo', ''))\n"
-        "        else:\n"
-        "            print(t, msg.bytes() and bytes(msg.bytes()).hex())\n";
+    const std::string script = "import sys, mido\n"
+                               "m = mido.MidiFile(sys.argv[1])\n"
+                               "print(m.type, m.ticks_per_beat)\n"
+                               "for track in m.tracks:\n"
+                               "    t = 0\n"
+                               "    for msg in track:\n"
+                               "        t += msg.time\n"
+                               "        if msg.is_meta:\n"
+                               "            print(t, 'meta', msg.type, getattr(msg, 'tempo', ''))\n"
+                               "        else:\n"
+                               "            print(t, msg.bytes() and bytes(msg.bytes()).hex())\n";
     const std::string command = "/usr/bin/python3 -c \"" + script + "\" '" + path + "' 2>&1";
     FILE* pipe = ::popen(command.c_str(), "r");
     if (pipe == nullptr) {

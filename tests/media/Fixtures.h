@@ -22,8 +22,8 @@ private:
 std::vector<float> Sine(double hz, double rate, double seconds, double amplitude = 0.5);
 
 // Writes interleaved samples in [-1, 1] with libsndfile; `format` is an SF_FORMAT_* mask.
-void WriteSoundFile(const std::string& path, const std::vector<float>& interleaved,
-                    int rate, int channels, int format);
+void WriteSoundFile(const std::string& path, const std::vector<float>& interleaved, int rate,
+                    int channels, int format);
 
 struct Note {
     int key;
@@ -31,7 +31,8 @@ struct Note {
     double offset; // seconds
 };
 
-// Renders the notes with FluidSynth and the General MIDI SoundFont, mono, dry.
+// Renders the notes with FluidSynth and the General MIDI SoundFont, mono, dry, with its peak
+// at -3 dBFS.
 std::vector<float> RenderMelody(const std::vector<Note>& notes, int program, double rate,
                                 double tailSeconds = 0.5);
 
