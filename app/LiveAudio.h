@@ -54,7 +54,8 @@ public:
     void Close();
 
     // Owner thread, now and then. Lost: the JACK server went away since the last call (every
-    // note has been queued to end); Reconnected: a server answers again.
+    // note has been queued to end); Reconnected: a server answers again, or the server changed
+    // its sample rate and Vocato reopened at the new one (the input must be connected anew).
     Event Maintain(std::string& report);
 
     // Any thread.
@@ -102,6 +103,8 @@ private:
     std::unique_ptr<media::SynthAudioDriver> synthDriver_;
     std::unique_ptr<media::FluidSynthSink> synth_;
     double synthRate_ = 0.0;
+    uint32_t openedRate_ = 0;
+    uint32_t reportedPeriod_ = 0;
     media::BufferConsumer* consumer_ = nullptr;
     std::atomic<bool> feeding_{false};
     std::vector<int16_t> scratch_;

@@ -22,7 +22,7 @@ bool Answers(const std::string& name) {
 
 } // namespace
 
-JackServer::JackServer(int period, int rate, const std::string& name)
+JackServer::JackServer(int period, int rate, const std::string& name, bool realtime)
     : name_(name.empty() ? "vocato_test_" + std::to_string(::getpid()) + "_" +
                                std::to_string(serial.fetch_add(1))
                          : name) {
@@ -37,7 +37,7 @@ JackServer::JackServer(int period, int rate, const std::string& name)
         ::dup2(null, STDERR_FILENO);
         // Synchronous mode: every client runs in every cycle even when one is late, so that
         // frame positions stay exact on a busy machine.
-        ::execlp("jackd", "jackd", "-n", name_.c_str(), "--no-realtime", "-S", "-d", "dummy", "-r",
+        ::execlp("jackd", "jackd", "-n", name_.c_str(), realtime ? "-R" : "--no-realtime", "-S", "-d", "dummy", "-r",
                  r.c_str(), "-p", p.c_str(), static_cast<char*>(nullptr));
         ::_exit(127);
     }

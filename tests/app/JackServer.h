@@ -10,7 +10,9 @@ namespace vocato::test {
 class JackServer {
 public:
     // Starts the server and waits until it answers; `Ready()` is false if it never did.
-    explicit JackServer(int period = 256, int rate = 44100, const std::string& name = "");
+    // `realtime`: ask for real-time scheduling (benchmarks); tests never need it.
+    explicit JackServer(int period = 256, int rate = 44100, const std::string& name = "",
+                        bool realtime = false);
     ~JackServer();
     JackServer(const JackServer&) = delete;
     JackServer& operator=(const JackServer&) = delete;

@@ -10,6 +10,11 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <sndfile.h>
 
 namespace vocato::test {
@@ -232,6 +237,51 @@ TEST_F(LiveJack, LosingTheServerMidNoteEndsTheNoteAndVocatoReconnectsToTheNextSe
     for (size_t i = 0; i < ons.size(); ++i) {
         EXPECT_EQ(ons[i].bytes[1], kMelodyKeys[i]);
     }
+}
+
+TEST_F(LiveJack, APeriodChangeMidMelodyIsReportedAndTheNotesKeepComing) {
+    StartVocato(false);
+    player.Play();
+    ASSERT_TRUE(WaitFor([this] { return !NoteOns(recorder.Events()).empty(); }, 5.0,
+                        [this] { Tick(); }));
+    ASSERT_EQ(std::system(("jack_bufsize 128 >/dev/null 2>&1")), 0);
+    std::FILE* err = std::tmpfile();
+    ASSERT_TRUE(WaitFor([this] { return player.Done(); }, 10.0,
+                        [&] { session->Tick(stdout, err); }));
+    std::rewind(err);
+    char line[256] = {};
+    std::string printed;
+    while (std::fgets(line, sizeof line, err) != nullptr) {
+        printed += line;
+    }
+    std::fclose(err);
+    EXPECT_NE(printed.find("JACK: the period is now 128 frames"), std::string::npos) << printed;
+    EXPECT_EQ(session->Audio().Jack()->BufferSize(), 128u);
+    const auto ons = NoteOns(recorder.Events());
+    ASSERT_EQ(ons.size(), std::size(kMelodyKeys));
+    for (size_t i = 0; i < ons.size(); ++i) {
+        EXPECT_EQ(ons[i].bytes[1], kMelodyKeys[i]);
+    }
+}
+
+TEST_F(LiveJack, VocatoLiveStopsCleanlyOnSigterm) {
+    ASSERT_TRUE(server.Ready());
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+        const int null = ::open("/dev/null", O_WRONLY);
+        ::dup2(null, STDOUT_FILENO);
+        ::dup2(null, STDERR_FILENO);
+        ::execl(VOCATO_EXE, VOCATO_EXE, "live", "--no-synth", "--quiet",
+                static_cast<char*>(nullptr));
+        ::_exit(127);
+    }
+    ASSERT_TRUE(WaitFor([&] { return PortExists(server.Name(), "Vocato:midi_out"); }, 5.0));
+    ::kill(pid, SIGTERM);
+    int status = 0;
+    ASSERT_TRUE(WaitFor([&] { return ::waitpid(pid, &status, WNOHANG) == pid; }, 5.0));
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_FALSE(PortExists(server.Name(), "Vocato:midi_out"));
 }
 
 TEST_F(LiveJack, WithoutASequencerOneLineSaysSoAndEverythingElseRuns) {
