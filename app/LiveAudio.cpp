@@ -167,6 +167,11 @@ LiveAudio::Event LiveAudio::Maintain(std::string& report) {
         report += opened;
         return Event::Reconnected;
     }
+    if (backend_ == Backend::Alsa && capture_->Failed() && !captureFailureReported_) {
+        captureFailureReported_ = true;
+        report = "The ALSA capture device \"" + options_.alsaDevice +
+                 "\" failed; the live input is silent. Sound files still play.\n";
+    }
     if (backend_ == Backend::Jack && jack_->BufferSize() != reportedPeriod_) {
         reportedPeriod_ = jack_->BufferSize();
         report = "JACK: the period is now " + std::to_string(reportedPeriod_) + " frames\n";

@@ -66,8 +66,6 @@ public:
     uint32_t InputPeriod() const noexcept;
     uint64_t Xruns() const noexcept;
     media::JackClient* Jack() const noexcept { return jack_.get(); }
-    media::FluidSynthSink* Synth() const noexcept { return synth_.get(); }
-    bool SynthPlaying() const noexcept { return synth_ != nullptr && synth_->Enabled(); }
 
     // Owner thread, while not feeding: the consumer of the captured audio.
     void SetConsumer(media::BufferConsumer* consumer) noexcept { consumer_ = consumer; }
@@ -105,6 +103,7 @@ private:
     double synthRate_ = 0.0;
     uint32_t openedRate_ = 0;
     uint32_t reportedPeriod_ = 0;
+    bool captureFailureReported_ = false;
     media::BufferConsumer* consumer_ = nullptr;
     std::atomic<bool> feeding_{false};
     std::vector<int16_t> scratch_;

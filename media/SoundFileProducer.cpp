@@ -144,7 +144,6 @@ void SoundFileProducer::Play(int64_t startMicros) {
             AudioThreadScope audio;
             consumer_->BufferReceived(buffer);
         }
-        delivered_.fetch_add(static_cast<int64_t>(n), std::memory_order_relaxed);
         position_.fetch_add(static_cast<int64_t>(n), std::memory_order_relaxed);
     }
     running_ = false;
