@@ -63,6 +63,8 @@ bool LiveAudio::OpenJack(std::string& report) {
         return false;
     }
     backend_ = Backend::Jack;
+    openedRate_ = jack_->SampleRate();
+    reportedPeriod_ = jack_->BufferSize();
     const std::string refused = jack_->ConnectSystemPorts();
     if (!refused.empty()) {
         report += "JACK: " + refused + " (connect them by hand)\n";
@@ -146,6 +148,33 @@ LiveAudio::Event LiveAudio::Maintain(std::string& report) {
         router_.DiscardQueued();
         router_.Silence();
         return Event::Lost;
+    }
+    if (backend_ == Backend::Jack && jack_->SampleRate() != openedRate_) {
+        // The engine, the MIDI clock and the synthesizer all depend on the rate: start over.
+        report = "The JACK server now runs at " + std::to_string(jack_->SampleRate()) +
+                 " Hz; Vocato reopens at that rate.\n";
+        feeding_ = false;
+        jack_.reset();
+        backend_ = Backend::None;
+        router_.DiscardQueued();
+        router_.Silence();
+        std::string opened;
+        if (!OpenJack(opened)) {
+            jackLost_ = true;
+            report += opened;
+            return Event::Lost;
+        }
+        report += opened;
+        return Event::Reconnected;
+    }
+    if (backend_ == Backend::Alsa && capture_->Failed() && !captureFailureReported_) {
+        captureFailureReported_ = true;
+        report = "The ALSA capture device \"" + options_.alsaDevice +
+                 "\" failed; the live input is silent. Sound files still play.\n";
+    }
+    if (backend_ == Backend::Jack && jack_->BufferSize() != reportedPeriod_) {
+        reportedPeriod_ = jack_->BufferSize();
+        report = "JACK: the period is now " + std::to_string(reportedPeriod_) + " frames\n";
     }
     const auto now = std::chrono::steady_clock::now();
     if (jackLost_ && now - lastTry_ >= kReconnectInterval) {

@@ -54,7 +54,8 @@ public:
     void Close();
 
     // Owner thread, now and then. Lost: the JACK server went away since the last call (every
-    // note has been queued to end); Reconnected: a server answers again.
+    // note has been queued to end); Reconnected: a server answers again, or the server changed
+    // its sample rate and Vocato reopened at the new one (the input must be connected anew).
     Event Maintain(std::string& report);
 
     // Any thread.
@@ -65,8 +66,6 @@ public:
     uint32_t InputPeriod() const noexcept;
     uint64_t Xruns() const noexcept;
     media::JackClient* Jack() const noexcept { return jack_.get(); }
-    media::FluidSynthSink* Synth() const noexcept { return synth_.get(); }
-    bool SynthPlaying() const noexcept { return synth_ != nullptr && synth_->Enabled(); }
 
     // Owner thread, while not feeding: the consumer of the captured audio.
     void SetConsumer(media::BufferConsumer* consumer) noexcept { consumer_ = consumer; }
@@ -102,6 +101,9 @@ private:
     std::unique_ptr<media::SynthAudioDriver> synthDriver_;
     std::unique_ptr<media::FluidSynthSink> synth_;
     double synthRate_ = 0.0;
+    uint32_t openedRate_ = 0;
+    uint32_t reportedPeriod_ = 0;
+    bool captureFailureReported_ = false;
     media::BufferConsumer* consumer_ = nullptr;
     std::atomic<bool> feeding_{false};
     std::vector<int16_t> scratch_;

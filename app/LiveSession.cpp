@@ -133,6 +133,7 @@ void LiveSession::Tick(std::FILE* out, std::FILE* err) {
         }
         break;
     case LiveAudio::Event::None:
+        std::fprintf(err, "%s", report.c_str());
         break;
     }
     const uint64_t xruns = audio_.Xruns();

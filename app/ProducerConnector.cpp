@@ -58,6 +58,9 @@ media::Producer* ProducerConnector::Find(NodeRef ref) const {
 void ProducerConnector::Failure(const char* text) { alert_.Show("FATAL ERROR", text); }
 
 void ProducerConnector::ReleaseNode(NodeRef ref) {
+    if (ref == NodeRef{}) {
+        return; // no producer was ever active
+    }
     const auto found = std::find_if(files_.begin(), files_.end(),
                                     [ref](const auto& p) { return p->NodeId() == ref.node; });
     if (found == files_.end()) {

@@ -93,7 +93,6 @@ void AlsaCapture::Run(AlsaCaptureHandler* handler) {
             snd_pcm_start(pcm_);
             continue;
         }
-        frames_.fetch_add(static_cast<uint64_t>(n), std::memory_order_relaxed);
         AudioThreadScope audio;
         handler->Captured(samples_.data(), static_cast<uint32_t>(n));
     }

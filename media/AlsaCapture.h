@@ -39,7 +39,6 @@ public:
     uint32_t SampleRate() const noexcept { return rate_; }
     uint32_t PeriodFrames() const noexcept { return period_; }
     uint64_t Overruns() const noexcept { return overruns_.load(std::memory_order_relaxed); }
-    uint64_t FramesCaptured() const noexcept { return frames_.load(std::memory_order_relaxed); }
     // True when the device failed for good (unplugged, its server gone).
     bool Failed() const noexcept { return failed_.load(std::memory_order_acquire); }
 
@@ -55,7 +54,6 @@ private:
     std::atomic<bool> stop_{false};
     std::atomic<bool> failed_{false};
     std::atomic<uint64_t> overruns_{0};
-    std::atomic<uint64_t> frames_{0};
 };
 
 } // namespace vocato::media

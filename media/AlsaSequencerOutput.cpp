@@ -116,7 +116,6 @@ void AlsaSequencerOutput::Run() {
             snd_seq_ev_set_subs(&event);
             snd_seq_ev_set_direct(&event);
             snd_seq_event_output_direct(seq_, &event);
-            delivered_.fetch_add(1, std::memory_order_relaxed);
         }
     }
 }

@@ -33,7 +33,6 @@ public:
 
     // Any thread.
     uint64_t Dropped() const noexcept { return dropped_.load(std::memory_order_relaxed); }
-    uint64_t Delivered() const noexcept { return delivered_.load(std::memory_order_relaxed); }
 
 private:
     AlsaSequencerOutput(snd_seq_t* seq, int port, snd_midi_event_t* encoder);
@@ -47,7 +46,6 @@ private:
     std::thread thread_;
     std::atomic<bool> stop_{false};
     std::atomic<uint64_t> dropped_{0};
-    std::atomic<uint64_t> delivered_{0};
 };
 
 } // namespace vocato::media

@@ -33,6 +33,7 @@ bool SoundFileProducer::SetFile(const std::string& path, std::string& error) {
     info_ = reader_->Info();
     samples_.assign(kBufferFrames * info_.channels, 0);
     finished_ = false;
+    position_ = 0;
     return true;
 }
 
@@ -104,6 +105,7 @@ void SoundFileProducer::Seek(int64_t mediaTime) {
         return; // the file went away; the old reader stays at its end
     }
     reader_ = std::move(reader);
+    position_ = 0;
     auto skip = static_cast<int64_t>(static_cast<double>(mediaTime) * info_.sampleRate / 1e6);
     while (skip > 0) {
         const size_t n = reader_->Read(samples_.data(), std::min<int64_t>(skip, kBufferFrames));
@@ -111,6 +113,7 @@ void SoundFileProducer::Seek(int64_t mediaTime) {
             break;
         }
         skip -= static_cast<int64_t>(n);
+        position_.fetch_add(static_cast<int64_t>(n), std::memory_order_relaxed);
     }
     finished_ = false;
 }
@@ -141,7 +144,7 @@ void SoundFileProducer::Play(int64_t startMicros) {
             AudioThreadScope audio;
             consumer_->BufferReceived(buffer);
         }
-        delivered_.fetch_add(static_cast<int64_t>(n), std::memory_order_relaxed);
+        position_.fetch_add(static_cast<int64_t>(n), std::memory_order_relaxed);
     }
     running_ = false;
 }

@@ -41,7 +41,8 @@ public:
     bool Running() const noexcept { return running_.load(std::memory_order_acquire); }
     // True once the file has played to its end (until the next Seek).
     bool Finished() const noexcept { return finished_.load(std::memory_order_acquire); }
-    int64_t FramesDelivered() const noexcept { return delivered_.load(std::memory_order_relaxed); }
+    // The frame of the file that the next buffer starts with.
+    int64_t Position() const noexcept { return position_.load(std::memory_order_relaxed); }
 
 private:
     void Play(int64_t startMicros);
@@ -55,7 +56,7 @@ private:
     std::atomic<bool> stop_{false};
     std::atomic<bool> running_{false};
     std::atomic<bool> finished_{false};
-    std::atomic<int64_t> delivered_{0};
+    std::atomic<int64_t> position_{0};
 };
 
 } // namespace vocato::media
