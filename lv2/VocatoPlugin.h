@@ -1,0 +1,64 @@
+// One plugin instance: a window-less converter node made by the add-on, fed the host's audio
+// in 16-sample frames, its MIDI written into the host's atom sequence.
+//
+// Threads follow LV2's classes: Create, Activate and Deactivate run on the host's
+// instantiation thread; Run on its audio thread, which is then the node's thread. Run never
+// allocates, locks or blocks.
+#pragma once
+
+#include "AtomMidiSink.h"
+#include "ControlCache.h"
+#include "PluginPorts.h"
+#include "VocatoAddOn.h"
+
+#include "Clock.h"
+#include "PitchTracker.h"
+
+#include <lv2/atom/atom.h>
+#include <lv2/core/lv2.h>
+
+#include <array>
+#include <memory>
+
+namespace vocato::lv2 {
+
+class VocatoPlugin {
+public:
+    // Null, after one line on standard error, when the host lacks a required feature or the
+    // node cannot be made.
+    static std::unique_ptr<VocatoPlugin> Create(double rate, const LV2_Feature* const* features);
+
+    void ConnectPort(uint32_t port, void* data) noexcept;
+    // Instantiation thread. Makes the node anew when the "tracker" port asks for another kind,
+    // refills the node's spare trackers, and starts it: program and bend range go out at the
+    // start of the next run.
+    void Activate();
+    // Audio thread.
+    void Run(uint32_t frames) noexcept;
+    // Instantiation thread. Notes still sounding are ended at the start of the next run.
+    void Deactivate() noexcept;
+
+    VocatoPlugin(double rate, LV2_URID_Map* map);
+
+private:
+    void MakeNode(TrackerKind kind);
+    void Feed(const float* samples, uint32_t frames) noexcept;
+
+    double rate_;
+    media::ManualClock clock_;
+    AtomMidiSink sink_;
+    ControlCache controls_;
+    VocatoAddOn addOn_{0};
+    std::unique_ptr<VocatoNode> node_;
+    TrackerKind trackerKind_ = TrackerKind::Classic;
+
+    const float* audioIn_ = nullptr;
+    LV2_Atom_Sequence* midiOut_ = nullptr;
+    float* latency_ = nullptr;
+
+    std::array<int16_t, kWFETFrameSamples> frame_{};
+    uint32_t frameFill_ = 0;
+    int64_t samplesFed_ = 0;
+};
+
+} // namespace vocato::lv2
