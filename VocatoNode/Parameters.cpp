@@ -30,31 +30,33 @@ int16_t EngineCode(int32_t id) noexcept {
 
 } // namespace
 
-std::atomic<float>* VocatoNode::FloatField(int32_t id) noexcept {
+template <typename Self> auto* VocatoNode::FloatField(Self& self, int32_t id) noexcept {
+    using Field = decltype(&self.fTranspose);
     switch (id) {
-    case PARAM_START_DISTANCE: return &fStartDistance;
-    case PARAM_HOLD_DISTANCE: return &fHoldDistance;
-    case PARAM_START_LEVEL_DB: return &fStartLevelDb;
-    case PARAM_HOLD_LEVEL_DB: return &fHoldLevelDb;
-    case PARAM_BEND_RANGE: return &fBendRange;
-    case PARAM_TRANSPOSE: return &fTranspose;
-    case PARAM_START_PERIODS: return &fStartPeriods;
-    case PARAM_HOLD_PERIODS: return &fHoldPeriods;
-    case PARAM_LAG_WEIGHT: return &fLagWeight;
-    case PARAM_FILTER_SPAN: return &fFilterSpan;
-    case PARAM_CONTINUITY: return &fContinuity;
-    case PARAM_LEVEL_CEIL_DB: return &fLevelCeilDb;
-    default: return nullptr;
+    case PARAM_START_DISTANCE: return &self.fStartDistance;
+    case PARAM_HOLD_DISTANCE: return &self.fHoldDistance;
+    case PARAM_START_LEVEL_DB: return &self.fStartLevelDb;
+    case PARAM_HOLD_LEVEL_DB: return &self.fHoldLevelDb;
+    case PARAM_BEND_RANGE: return &self.fBendRange;
+    case PARAM_TRANSPOSE: return &self.fTranspose;
+    case PARAM_START_PERIODS: return &self.fStartPeriods;
+    case PARAM_HOLD_PERIODS: return &self.fHoldPeriods;
+    case PARAM_LAG_WEIGHT: return &self.fLagWeight;
+    case PARAM_FILTER_SPAN: return &self.fFilterSpan;
+    case PARAM_CONTINUITY: return &self.fContinuity;
+    case PARAM_LEVEL_CEIL_DB: return &self.fLevelCeilDb;
+    default: return static_cast<Field>(nullptr);
     }
 }
 
-std::atomic<int32_t>* VocatoNode::IntField(int32_t id) noexcept {
+template <typename Self> auto* VocatoNode::IntField(Self& self, int32_t id) noexcept {
+    using Field = decltype(&self.fPreset);
     switch (id) {
-    case PARAM_PRESET: return &fPreset;
-    case PARAM_MIDI_MIN: return &fMidiMin;
-    case PARAM_MIDI_MAX: return &fMidiMax;
-    case PARAM_PROGRAM: return &fProgram;
-    default: return nullptr;
+    case PARAM_PRESET: return &self.fPreset;
+    case PARAM_MIDI_MIN: return &self.fMidiMin;
+    case PARAM_MIDI_MAX: return &self.fMidiMax;
+    case PARAM_PROGRAM: return &self.fProgram;
+    default: return static_cast<Field>(nullptr);
     }
 }
 
@@ -80,15 +82,14 @@ media::Status VocatoNode::GetParameterValue(int32_t id, int64_t* lastChange, voi
     if (index < 0) {
         return media::kError;
     }
-    auto* self = const_cast<VocatoNode*>(this);
-    if (std::atomic<float>* field = self->FloatField(id)) {
+    if (const auto* field = FloatField(*this, id)) {
         const float v = field->load(std::memory_order_relaxed);
         std::memcpy(value, &v, 4);
     } else if (id == PARAM_MIDI_MIN || id == PARAM_MIDI_MAX) {
-        const auto v = static_cast<float>(self->IntField(id)->load(std::memory_order_relaxed));
+        const auto v = static_cast<float>(IntField(*this, id)->load(std::memory_order_relaxed));
         std::memcpy(value, &v, 4);
     } else {
-        const int32_t v = self->IntField(id)->load(std::memory_order_relaxed);
+        const int32_t v = IntField(*this, id)->load(std::memory_order_relaxed);
         std::memcpy(value, &v, 4);
     }
     *lastChange = fLastChange[static_cast<size_t>(index)].load(std::memory_order_relaxed);
@@ -157,7 +158,7 @@ void VocatoNode::handleParameterEvent(const media::TimedEvent& event) noexcept {
         for (int32_t tuning : {PARAM_START_LEVEL_DB, PARAM_HOLD_LEVEL_DB, PARAM_START_DISTANCE,
                                PARAM_HOLD_DISTANCE, PARAM_START_PERIODS, PARAM_HOLD_PERIODS,
                                PARAM_LAG_WEIGHT, PARAM_CONTINUITY, PARAM_LEVEL_CEIL_DB}) {
-            const float v = FloatField(tuning)->load();
+            const float v = FloatField(*this, tuning)->load();
             Broadcast(now, tuning, &v);
         }
         return;
@@ -165,7 +166,7 @@ void VocatoNode::handleParameterEvent(const media::TimedEvent& event) noexcept {
     case PARAM_MIDI_MIN:
     case PARAM_MIDI_MAX: {
         const int32_t note = TruncToward0<int32_t>(asFloat);
-        std::atomic<int32_t>& field = *IntField(id);
+        std::atomic<int32_t>& field = *IntField(*this, id);
         if (note == field.load()) {
             return;
         }
@@ -197,7 +198,7 @@ void VocatoNode::handleParameterEvent(const media::TimedEvent& event) noexcept {
         break;
     }
 
-    std::atomic<float>* field = FloatField(id);
+    std::atomic<float>* field = FloatField(*this, id);
     if (field == nullptr || asFloat == field->load()) {
         return;
     }

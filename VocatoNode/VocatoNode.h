@@ -155,8 +155,9 @@ private:
     void Record(const media::MidiMessage& message, double time) noexcept;
     void Broadcast(int64_t when, int32_t id, const void* value) noexcept;
     void SetLastChange(int32_t id, int64_t when) noexcept;
-    std::atomic<float>* FloatField(int32_t id) noexcept;
-    std::atomic<int32_t>* IntField(int32_t id) noexcept;
+    // The field behind a parameter id; null when the id names no field of that type.
+    template <typename Self> static auto* FloatField(Self& self, int32_t id) noexcept;
+    template <typename Self> static auto* IntField(Self& self, int32_t id) noexcept;
     int64_t NowMicros() const noexcept { return fClock->NowMicros(); }
     double NowMs() const noexcept { return static_cast<double>(NowMicros() / 1000); }
 

@@ -81,9 +81,10 @@ int RunConvert(const ConvertOptions& o) {
     const double seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
     if (!o.quiet) {
-        std::printf("%s: %zu notes in %.1f s of audio (%g Hz, %u ch), converted in %.2f s "
+        std::printf("%s: %zu note%s in %.1f s of audio (%g Hz, %u ch), converted in %.2f s "
                     "(%.0fx real time) -> %s\n",
-                    o.input.c_str(), report.notes, report.audioSeconds, report.sampleRate,
+                    o.input.c_str(), report.notes, report.notes == 1 ? "" : "s",
+                    report.audioSeconds, report.sampleRate,
                     report.channels, seconds, report.audioSeconds / seconds, o.output.c_str());
     }
     return 0;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 typedef struct sf_private_tag SNDFILE;
 
@@ -32,11 +33,17 @@ public:
     size_t Read(int16_t* interleaved, size_t frames) noexcept;
 
 private:
-    SoundFileReader(SNDFILE* file, const SoundFileInfo& info) noexcept
-        : file_(file), info_(info) {}
+    size_t ReadFloating(int16_t* interleaved, size_t frames) noexcept;
+
+
+    SoundFileReader(SNDFILE* file, const SoundFileInfo& info, bool floating);
 
     SNDFILE* file_;
     SoundFileInfo info_;
+    // Floating-point files are read as floats and scaled here: libsndfile's own conversion
+    // to integers either leaves them unscaled or normalises them to the file's peak.
+    bool floating_;
+    std::vector<float> scratch_;
 };
 
 } // namespace vocato::media
