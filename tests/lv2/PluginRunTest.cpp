@@ -84,6 +84,19 @@ TEST_P(PluginAtRate, FindsTheNoteOfATone) {
 
 INSTANTIATE_TEST_SUITE_P(StreamRates, PluginAtRate, ::testing::Values(22050.0, 48000.0, 96000.0));
 
+TEST(PluginInstance, EitherTrackerChoiceTracksATone) {
+    // A kind this build lacks must fall back to one it has, never to a node without tracker.
+    for (float tracker : {0.0f, 1.0f}) {
+        SCOPED_TRACE(tracker);
+        TestHost host;
+        ASSERT_TRUE(host.Instantiate(44100.0));
+        host.SetControl(kTracker, tracker);
+        host.Activate();
+        host.Run(ToFloat(RenderMelody({{62, 0.5}}, 44100.0)), {128});
+        EXPECT_EQ(CountNoteOns(host.Events(), 62), 1u);
+    }
+}
+
 TEST(PluginInstance, ARateTheTrackerRefusesGivesSilenceAndZeroLatency) {
     for (double rate : {1000.0, 250000.0}) {
         SCOPED_TRACE(rate);
