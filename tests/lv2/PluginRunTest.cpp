@@ -1,7 +1,8 @@
 // The plugin run by a host: refusing without urid:map, every output written on the first run,
 // and any sample rate handled.
-#include "Melody.h"
 #include "TestHost.h"
+
+#include "Fixtures.h"
 
 #include "VocatoAddOn.h"
 
@@ -12,6 +13,14 @@
 
 namespace vocato::lv2::test {
 namespace {
+
+// A tone with a quarter second of silence before and after, so that it starts and ends.
+std::vector<float> WithSilenceAround(const std::vector<float>& tone, double rate) {
+    std::vector<float> out(static_cast<size_t>(rate / 4), 0.0f);
+    out.insert(out.end(), tone.begin(), tone.end());
+    out.insert(out.end(), static_cast<size_t>(rate / 4), 0.0f);
+    return out;
+}
 
 size_t CountNoteOns(const std::vector<MidiEvent>& events, int note) {
     size_t count = 0;
@@ -77,7 +86,7 @@ TEST_P(PluginAtRate, FindsTheNoteOfATone) {
     TestHost host;
     ASSERT_TRUE(host.Instantiate(rate));
     host.Activate();
-    host.Run(ToFloat(RenderMelody({{69, 0.5}}, rate)), {512});
+    host.Run(WithSilenceAround(vocato::test::Sine(440.0, rate, 0.5), rate), {512});
     EXPECT_EQ(CountNoteOns(host.Events(), 69), 1u);
     EXPECT_EQ(CountNoteOns(host.Events(), -1), 1u);
 }
@@ -92,7 +101,7 @@ TEST(PluginInstance, EitherTrackerChoiceTracksATone) {
         ASSERT_TRUE(host.Instantiate(44100.0));
         host.SetControl(kTracker, tracker);
         host.Activate();
-        host.Run(ToFloat(RenderMelody({{62, 0.5}}, 44100.0)), {128});
+        host.Run(WithSilenceAround(vocato::test::Sine(293.66, 44100.0, 0.5), 44100.0), {128});
         EXPECT_EQ(CountNoteOns(host.Events(), 62), 1u);
     }
 }
@@ -104,7 +113,7 @@ TEST(PluginInstance, ARateTheTrackerRefusesGivesSilenceAndZeroLatency) {
         ASSERT_TRUE(host.Instantiate(rate));
         host.SetControl(kLatency, -1.0f);
         host.Activate();
-        host.Run(ToFloat(RenderMelody({{69, 0.5}}, rate)), {256});
+        host.Run(WithSilenceAround(vocato::test::Sine(440.0, rate, 0.5), rate), {256});
         EXPECT_EQ(CountNoteOns(host.Events(), -1), 0u);
         EXPECT_EQ(host.Latency(), 0.0f);
     }
@@ -145,7 +154,7 @@ TEST(PluginInstance, DeactivationEndsTheSoundingNoteAtTheNextRun) {
     TestHost host;
     ASSERT_TRUE(host.Instantiate(44100.0));
     host.Activate();
-    const auto tone = ToFloat(RenderMelody({{64, 2.0}}, 44100.0));
+    const auto tone = vocato::test::Sine(329.63, 44100.0, 2.0);
     host.Run(std::vector<float>(tone.begin(), tone.begin() + 44100), {256});
     ASSERT_EQ(CountNoteOns(host.Events(), 64), 1u);
     host.Deactivate();

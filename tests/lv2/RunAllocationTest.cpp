@@ -1,7 +1,8 @@
 // run() never allocates: this binary replaces the global operator new and counts the calls
 // made while the plugin runs, parameter changes and a preset change included.
-#include "Melody.h"
 #include "TestHost.h"
+
+#include "Fixtures.h"
 
 #include <gtest/gtest.h>
 
@@ -57,7 +58,9 @@ TEST(PluginRun, AllocatesNothingWhileRunningAndChangingParameters) {
     // The counter sees the plugin's own allocations: making the node allocates.
     ASSERT_GT(allocations.load(), 0u);
 
-    const std::vector<float> melody = ToFloat(RenderMelody(TestMelody(), 44100.0));
+    const std::vector<vocato::test::Note> notes = {
+        {62, 0.2, 0.6}, {65, 0.7, 1.1}, {69, 1.2, 1.6}, {64, 1.7, 2.2}};
+    const std::vector<float> melody = vocato::test::RenderMelody(notes, 73, 44100.0);
     const size_t half = melody.size() / 2;
     allocations = 0;
     size_t done = 0;
@@ -81,7 +84,7 @@ TEST(PluginRun, AllocatesNothingWhileRunningAndChangingParameters) {
     for (const MidiEvent& e : host.Events()) {
         noteOns += (e.bytes[0] & 0xF0) == 0x90;
     }
-    EXPECT_GE(noteOns, TestMelody().size()) << "the plugin did not run the whole melody";
+    EXPECT_GE(noteOns, notes.size()) << "the plugin did not run the whole melody";
 }
 
 } // namespace
