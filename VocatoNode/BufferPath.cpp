@@ -13,8 +13,7 @@ void VocatoNode::StereoToMono(int16_t* samples, uint32_t frames) noexcept {
     FirstChannelToMono(samples, frames, 2);
 }
 
-void VocatoNode::FirstChannelToMono(int16_t* samples, uint32_t frames,
-                                    uint32_t channels) noexcept {
+void VocatoNode::FirstChannelToMono(int16_t* samples, uint32_t frames, uint32_t channels) noexcept {
     // In increasing order, so each read is at or after the write: safe in place.
     for (uint32_t i = 0; i < frames; ++i) {
         samples[i] = samples[static_cast<size_t>(i) * channels];
@@ -54,7 +53,8 @@ void VocatoNode::ProcessAudio(media::Buffer& buffer) noexcept {
         byteCount = static_cast<size_t>(frames) * 2;
     }
     if (fAudioArea != nullptr) {
-        fAudioArea->Write(samples, std::min<size_t>(byteCount / 2, media::OscilloscopeArea::kSamples));
+        fAudioArea->Write(samples,
+                          std::min<size_t>(byteCount / 2, media::OscilloscopeArea::kSamples));
     }
 
     const float transpose = fTranspose.load(std::memory_order_relaxed);

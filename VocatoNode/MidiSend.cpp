@@ -22,8 +22,8 @@ void VocatoNode::Play(const media::MidiMessage& message, uint32_t stamp) noexcep
 
 void VocatoNode::Record(const media::MidiMessage& message, double time) noexcept {
     if (fWindow != nullptr) {
-        fWindow->recording.Record(
-            StampMs(time - fStoreBaseTime.load(std::memory_order_relaxed)), message);
+        fWindow->recording.Record(StampMs(time - fStoreBaseTime.load(std::memory_order_relaxed)),
+                                  message);
     }
 }
 
@@ -74,20 +74,16 @@ void VocatoNode::SendBend(char channel, unsigned short value, double time) noexc
 }
 
 void VocatoNode::SendProgramChange(char channel, short program, double time) noexcept {
-    media::PostDiagnostic("system -stamp %f\n",
-                          static_cast<double>(NowMicros()) - time * 1000.0);
-    if (fSynth != nullptr) {
-        fSynth->AllNotesOff(false, StampMs(NowMs()));
-    }
-    for (media::MidiSink* sink : fOutputs) {
-        if (sink != nullptr) {
-            sink->AllNotesOff(false, StampMs(NowMs()));
-        }
-    }
+    media::PostDiagnostic("system -stamp %f\n", static_cast<double>(NowMicros()) - time * 1000.0);
+    SilenceAll(false);
     Play(midi::ProgramChange(channel, static_cast<uint8_t>(program & 0xFF)), StampMs(time));
 }
 
 void VocatoNode::SendAllNotesOff(bool justChannel) noexcept {
+    SilenceAll(justChannel);
+}
+
+void VocatoNode::SilenceAll(bool justChannel) noexcept {
     const uint32_t now = StampMs(NowMs());
     if (fSynth != nullptr) {
         fSynth->AllNotesOff(justChannel, now);

@@ -4,28 +4,35 @@
 #include "Truncate.h"
 
 #include <cstring>
+#include <utility>
 
 namespace vocato {
 namespace {
 
-// The engine code each tuning value feeds; -1 for the values the engine is not told of.
+// The engine code each tuning value feeds; transposition, preset and program have none.
+constexpr std::pair<int32_t, int16_t> kEngineCodes[] = {
+    {PARAM_START_DISTANCE, WFET_START_DISTANCE},
+    {PARAM_HOLD_DISTANCE, WFET_HOLD_DISTANCE},
+    {PARAM_START_LEVEL_DB, WFET_START_LEVEL_DB},
+    {PARAM_HOLD_LEVEL_DB, WFET_HOLD_LEVEL_DB},
+    {PARAM_BEND_RANGE, WFET_BEND_RANGE},
+    {PARAM_START_PERIODS, WFET_START_PERIODS},
+    {PARAM_HOLD_PERIODS, WFET_HOLD_PERIODS},
+    {PARAM_LAG_WEIGHT, WFET_LAG_WEIGHT},
+    {PARAM_FILTER_SPAN, WFET_FILTER_SPAN},
+    {PARAM_CONTINUITY, WFET_CONTINUITY},
+    {PARAM_LEVEL_CEIL_DB, WFET_LEVEL_CEIL_DB},
+    {PARAM_MIDI_MIN, WFET_MIN_NOTE},
+    {PARAM_MIDI_MAX, WFET_MAX_NOTE},
+};
+
 int16_t EngineCode(int32_t id) noexcept {
-    switch (id) {
-    case PARAM_START_DISTANCE: return WFET_START_DISTANCE;
-    case PARAM_HOLD_DISTANCE: return WFET_HOLD_DISTANCE;
-    case PARAM_START_LEVEL_DB: return WFET_START_LEVEL_DB;
-    case PARAM_HOLD_LEVEL_DB: return WFET_HOLD_LEVEL_DB;
-    case PARAM_BEND_RANGE: return WFET_BEND_RANGE;
-    case PARAM_START_PERIODS: return WFET_START_PERIODS;
-    case PARAM_HOLD_PERIODS: return WFET_HOLD_PERIODS;
-    case PARAM_LAG_WEIGHT: return WFET_LAG_WEIGHT;
-    case PARAM_FILTER_SPAN: return WFET_FILTER_SPAN;
-    case PARAM_CONTINUITY: return WFET_CONTINUITY;
-    case PARAM_LEVEL_CEIL_DB: return WFET_LEVEL_CEIL_DB;
-    case PARAM_MIDI_MIN: return WFET_MIN_NOTE;
-    case PARAM_MIDI_MAX: return WFET_MAX_NOTE;
-    default: return -1;
+    for (const auto& [param, code] : kEngineCodes) {
+        if (param == id) {
+            return code;
+        }
     }
+    return -1;
 }
 
 } // namespace
@@ -33,30 +40,48 @@ int16_t EngineCode(int32_t id) noexcept {
 template <typename Self> auto* VocatoNode::FloatField(Self& self, int32_t id) noexcept {
     using Field = decltype(&self.fTranspose);
     switch (id) {
-    case PARAM_START_DISTANCE: return &self.fStartDistance;
-    case PARAM_HOLD_DISTANCE: return &self.fHoldDistance;
-    case PARAM_START_LEVEL_DB: return &self.fStartLevelDb;
-    case PARAM_HOLD_LEVEL_DB: return &self.fHoldLevelDb;
-    case PARAM_BEND_RANGE: return &self.fBendRange;
-    case PARAM_TRANSPOSE: return &self.fTranspose;
-    case PARAM_START_PERIODS: return &self.fStartPeriods;
-    case PARAM_HOLD_PERIODS: return &self.fHoldPeriods;
-    case PARAM_LAG_WEIGHT: return &self.fLagWeight;
-    case PARAM_FILTER_SPAN: return &self.fFilterSpan;
-    case PARAM_CONTINUITY: return &self.fContinuity;
-    case PARAM_LEVEL_CEIL_DB: return &self.fLevelCeilDb;
-    default: return static_cast<Field>(nullptr);
+    case PARAM_START_DISTANCE:
+        return &self.fStartDistance;
+    case PARAM_HOLD_DISTANCE:
+        return &self.fHoldDistance;
+    case PARAM_START_LEVEL_DB:
+        return &self.fStartLevelDb;
+    case PARAM_HOLD_LEVEL_DB:
+        return &self.fHoldLevelDb;
+    case PARAM_BEND_RANGE:
+        return &self.fBendRange;
+    case PARAM_TRANSPOSE:
+        return &self.fTranspose;
+    case PARAM_START_PERIODS:
+        return &self.fStartPeriods;
+    case PARAM_HOLD_PERIODS:
+        return &self.fHoldPeriods;
+    case PARAM_LAG_WEIGHT:
+        return &self.fLagWeight;
+    case PARAM_FILTER_SPAN:
+        return &self.fFilterSpan;
+    case PARAM_CONTINUITY:
+        return &self.fContinuity;
+    case PARAM_LEVEL_CEIL_DB:
+        return &self.fLevelCeilDb;
+    default:
+        return static_cast<Field>(nullptr);
     }
 }
 
 template <typename Self> auto* VocatoNode::IntField(Self& self, int32_t id) noexcept {
     using Field = decltype(&self.fPreset);
     switch (id) {
-    case PARAM_PRESET: return &self.fPreset;
-    case PARAM_MIDI_MIN: return &self.fMidiMin;
-    case PARAM_MIDI_MAX: return &self.fMidiMax;
-    case PARAM_PROGRAM: return &self.fProgram;
-    default: return static_cast<Field>(nullptr);
+    case PARAM_PRESET:
+        return &self.fPreset;
+    case PARAM_MIDI_MIN:
+        return &self.fMidiMin;
+    case PARAM_MIDI_MAX:
+        return &self.fMidiMax;
+    case PARAM_PROGRAM:
+        return &self.fProgram;
+    default:
+        return static_cast<Field>(nullptr);
     }
 }
 

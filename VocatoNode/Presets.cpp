@@ -51,8 +51,7 @@ void VocatoNode::ChangePreset(int32_t preset) noexcept {
         fWindow->SetMidiMin(static_cast<float>(fMidiMin.load()));
         fWindow->SetMidiMax(static_cast<float>(fMidiMax.load()));
     }
-    SendBendRange(1, static_cast<unsigned char>(TruncToward0<int32_t>(fBendRange.load())),
-                  NowMs());
+    SendBendRange(1, static_cast<unsigned char>(TruncToward0<int32_t>(fBendRange.load())), NowMs());
 }
 
 void VocatoNode::SetEngineSwitches(int16_t median, int16_t confirm) noexcept {

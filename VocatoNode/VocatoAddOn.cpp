@@ -19,9 +19,13 @@ const FlavorInfo& Flavor() {
 
 } // namespace
 
-VocatoAddOn::~VocatoAddOn() { media::DebugOutput("~VocatoAddOn()\n"); }
+VocatoAddOn::~VocatoAddOn() {
+    media::DebugOutput("~VocatoAddOn()\n");
+}
 
-media::Status VocatoAddOn::InitCheck(const char**) const { return media::kOk; }
+media::Status VocatoAddOn::InitCheck(const char**) const {
+    return media::kOk;
+}
 
 media::Status VocatoAddOn::GetFlavorAt(int32_t n, const FlavorInfo** info) const {
     if (n != 0) {

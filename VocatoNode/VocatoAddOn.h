@@ -23,7 +23,8 @@ struct FlavorInfo {
 
 class VocatoAddOn {
 public:
-    explicit VocatoAddOn(int32_t image) : fImage(image) {}
+    // `image` names the loaded plugin image where the host has one; nothing here needs it.
+    explicit VocatoAddOn(int32_t image) { static_cast<void>(image); }
     ~VocatoAddOn();
 
     media::Status InitCheck(const char** failureText) const;
@@ -33,10 +34,6 @@ public:
     std::unique_ptr<VocatoNode> InstantiateNodeFor(const FlavorInfo* info,
                                                    NodeOptions options = {});
     bool WantsAutoStart() const { return false; }
-    int32_t Image() const { return fImage; }
-
-private:
-    int32_t fImage;
 };
 
 } // namespace vocato

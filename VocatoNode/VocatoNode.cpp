@@ -8,15 +8,12 @@
 
 namespace vocato {
 
-using media::Diagnostic;
 using media::DebugOutput;
+using media::Diagnostic;
 
-VocatoNode::VocatoNode(media::DisplaySink* window, VocatoAddOn* addOn, const char*,
-                       int8_t channel, NodeOptions options)
-    : fMedian(options.median),
-      fConfirm(options.confirm),
-      fChannel(channel),
-      fAddOn(addOn),
+VocatoNode::VocatoNode(media::DisplaySink* window, VocatoAddOn* addOn, const char*, int8_t channel,
+                       NodeOptions options)
+    : fMedian(options.median), fConfirm(options.confirm), fChannel(channel), fAddOn(addOn),
       fOptions(std::move(options)),
       fClock(fOptions.clock != nullptr ? fOptions.clock : &fSystemClock),
       fTrackers(fOptions.trackerFactory) {
@@ -44,7 +41,9 @@ void VocatoNode::NodeRegistered() {
     fInput.name = "Vocato";
 }
 
-void VocatoNode::Maintain() { fTrackers.Maintain(); }
+void VocatoNode::Maintain() {
+    fTrackers.Maintain();
+}
 
 media::Status VocatoNode::AcceptFormat(const media::MediaDestination& dest,
                                        media::MediaFormat* format) {
@@ -117,12 +116,6 @@ media::Status VocatoNode::GetLatencyFor(const media::MediaDestination& dest,
     return media::kOk;
 }
 
-int64_t VocatoNode::calcProcessingLatency() const {
-    DebugOutput("VocatoNode::calcProcessingLatency()\n");
-    const int64_t first = fSystemClock.NowMicros();
-    return fSystemClock.NowMicros() - first;
-}
-
 void VocatoNode::getPreferredFormat(media::MediaFormat& format) {
     if (format.type != media::MediaType::RawAudio) {
         throw std::invalid_argument("getPreferredFormat needs a raw-audio format");
@@ -166,7 +159,9 @@ void VocatoNode::Start(int64_t) noexcept {
     SendBendRange(1, static_cast<unsigned char>(TruncToward0<int32_t>(fBendRange.load())), 0.0);
 }
 
-void VocatoNode::Stop(int64_t, bool) noexcept { SendAllNotesOff(true); }
+void VocatoNode::Stop(int64_t, bool) noexcept {
+    SendAllNotesOff(true);
+}
 
 void VocatoNode::AddMidiOutput(media::MidiSink* sink) {
     auto free = std::find(fOutputs.begin(), fOutputs.end(), nullptr);

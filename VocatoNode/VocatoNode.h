@@ -51,8 +51,8 @@ struct NodeOptions {
 class VocatoNode {
 public:
     // Not the node thread. `window` and `addOn` are not owned; `portName` is not used.
-    VocatoNode(media::DisplaySink* window, VocatoAddOn* addOn, const char* portName,
-               int8_t channel, NodeOptions options = {});
+    VocatoNode(media::DisplaySink* window, VocatoAddOn* addOn, const char* portName, int8_t channel,
+               NodeOptions options = {});
     // The owner stops and disconnects the node first.
     ~VocatoNode();
     VocatoNode(const VocatoNode&) = delete;
@@ -72,15 +72,13 @@ public:
                             int64_t at) noexcept;
     media::Status GetLatencyFor(const media::MediaDestination& dest, int64_t* latency) const;
     // Any thread.
-    int64_t calcProcessingLatency() const;
     static void getPreferredFormat(media::MediaFormat& format);
     VocatoAddOn* AddOn(int32_t* internalID) const;
 
     // --- event looper (node thread) ---
     // Applies the timed events that are due; the audio path calls it before each buffer.
     void RunEvents() noexcept;
-    void HandleEvent(const media::TimedEvent& event, int64_t lateness,
-                     bool realTimeEvent) noexcept;
+    void HandleEvent(const media::TimedEvent& event, int64_t lateness, bool realTimeEvent) noexcept;
     void Start(int64_t performanceTime) noexcept;
     void Stop(int64_t performanceTime, bool immediate) noexcept;
 
@@ -100,8 +98,7 @@ public:
     void PresetBaseInstrument(int kind) noexcept;
 
     // --- MIDI output (node thread unless said otherwise) ---
-    void SendNoteOn(char channel, unsigned char note, unsigned char velocity,
-                    double time) noexcept;
+    void SendNoteOn(char channel, unsigned char note, unsigned char velocity, double time) noexcept;
     void SendNoteOff(char channel, unsigned char note, unsigned char velocity,
                      double time) noexcept;
     void SendExpression(char channel, unsigned char value, double time) noexcept;
@@ -120,8 +117,7 @@ public:
     // Packs the left channel of interleaved stereo at the start of the buffer.
     static void StereoToMono(int16_t* samples, uint32_t frames) noexcept;
     // The same for any channel count: keeps the first channel.
-    static void FirstChannelToMono(int16_t* samples, uint32_t frames,
-                                   uint32_t channels) noexcept;
+    static void FirstChannelToMono(int16_t* samples, uint32_t frames, uint32_t channels) noexcept;
 
     // Not the node thread. Frees retired trackers and builds spares for preset changes.
     void Maintain();
@@ -139,7 +135,6 @@ public:
     double MidiClock() const noexcept { return fMidiClock.load(std::memory_order_relaxed); }
     // The recording stamp that an event sent now would get.
     uint32_t RecordingStampNow() const noexcept;
-    double EngineRate() const noexcept { return fEngineRate; }
     // False when the tracker refused the stream's rate or there is no tracker.
     bool EngineReady() const noexcept { return fEngine != nullptr && fEngineRateAccepted; }
     media::FluidSynthSink* Synth() const noexcept { return fSynth.get(); }
@@ -152,6 +147,7 @@ private:
     void ProcessAudio(media::Buffer& buffer) noexcept;
     void ApplyParameterData(const void* data, size_t size) noexcept;
     void Play(const media::MidiMessage& message, uint32_t stamp) noexcept;
+    void SilenceAll(bool justChannel) noexcept;
     void Record(const media::MidiMessage& message, double time) noexcept;
     void Broadcast(int64_t when, int32_t id, const void* value) noexcept;
     void SetLastChange(int32_t id, int64_t when) noexcept;

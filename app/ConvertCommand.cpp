@@ -43,8 +43,7 @@ private:
 CLI::App* AddConvertCommand(CLI::App& app, ConvertOptions& o) {
     CLI::App* cmd = app.add_subcommand(
         "convert", "Convert a sound file to a Standard MIDI File through the converter node");
-    cmd->add_option("IN", o.input, "Sound file to convert (WAV, FLAC, Ogg, AIFF, ...)")
-        ->required();
+    cmd->add_option("IN", o.input, "Sound file to convert (WAV, FLAC, Ogg, AIFF, ...)")->required();
     cmd->add_option("-o,--output", o.output, "MIDI file to write")->required();
     cmd->add_option("--preset", o.settings.preset,
                     "Input preset, 1 (Default) to 20 (Alto recorder)")
@@ -57,10 +56,8 @@ CLI::App* AddConvertCommand(CLI::App& app, ConvertOptions& o) {
         ->check(CLI::Range(1.0f, 35.0f));
     cmd->add_option("--channel", o.settings.channel, "MIDI channel, 1 to 16")
         ->check(CLI::Range(1, 16));
-    cmd->add_flag("--median", o.settings.median,
-                  "Decide on the median of the last three pitches");
-    cmd->add_flag("--confirm", o.settings.confirm,
-                  "Start a note only on its second voiced frame");
+    cmd->add_flag("--median", o.settings.median, "Decide on the median of the last three pitches");
+    cmd->add_flag("--confirm", o.settings.confirm, "Start a note only on its second voiced frame");
     cmd->add_flag("-q,--quiet", o.quiet, "Print nothing but errors");
     return cmd;
 }
@@ -84,8 +81,8 @@ int RunConvert(const ConvertOptions& o) {
         std::printf("%s: %zu note%s in %.1f s of audio (%g Hz, %u ch), converted in %.2f s "
                     "(%.0fx real time) -> %s\n",
                     o.input.c_str(), report.notes, report.notes == 1 ? "" : "s",
-                    report.audioSeconds, report.sampleRate,
-                    report.channels, seconds, report.audioSeconds / seconds, o.output.c_str());
+                    report.audioSeconds, report.sampleRate, report.channels, seconds,
+                    report.audioSeconds / seconds, o.output.c_str());
     }
     return 0;
 }

@@ -10,6 +10,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <new>
 #include <vector>
 
 namespace vocato::app {
@@ -27,12 +28,10 @@ ConversionReport Failure(std::string message) {
     return report;
 }
 
-// At most four events per 16-sample frame, one more frame per buffer for its short tail,
-// the opening events and the notes closed at the end.
-size_t RecordingCapacity(int64_t frames) {
-    const auto f = static_cast<size_t>(frames);
-    return 4 * (f / 16 + f / kBufferFrames + 2) + kOpeningEvents + 2048;
-}
+// The store starts small and grows between buffers: a buffer adds at most four events per
+// 16-sample frame, its short tail included.
+constexpr size_t kInitialEvents = 1 << 16;
+constexpr size_t kEventsPerBuffer = 4 * (kBufferFrames / 16 + 1);
 
 void ApplySettings(VocatoNode& node, const media::Clock& clock,
                    const ConversionSettings& settings) {
@@ -63,11 +62,46 @@ size_t CountNotes(const media::MidiStore& store) {
     return notes;
 }
 
-} // namespace
+media::MediaInput ConnectFile(VocatoNode& node, const media::SoundFileInfo& info) {
+    int32_t cookie = 0;
+    media::MediaInput in;
+    node.GetNextInput(&cookie, &in);
+    media::MediaFormat format;
+    format.type = media::MediaType::RawAudio;
+    format.raw.frameRate = info.sampleRate;
+    format.raw.channelCount = info.channels;
+    format.raw.format = media::SampleFormat::Int16;
+    format.raw.bufferSize = kBufferFrames * info.channels * sizeof(int16_t);
+    node.AcceptFormat(in.destination, &format);
+    node.Connected(media::MediaSource{0, 0}, in.destination, format, &in);
+    return in;
+}
 
-ConversionReport ConvertFile(const std::string& input, const std::string& output,
-                             const ConversionSettings& settings,
-                             const ProgressCallback& progress) {
+// Feeds the whole file, buffer by buffer, with the clock following the position in the file.
+// Returns the frames fed.
+int64_t FeedFile(VocatoNode& node, media::SoundFileReader& reader, media::ManualClock& clock,
+                 media::MidiStore& store, const ProgressCallback& progress) {
+    const media::SoundFileInfo& info = reader.Info();
+    std::vector<int16_t> samples(kBufferFrames * info.channels);
+    int64_t position = 0;
+    for (size_t n; (n = reader.Read(samples.data(), kBufferFrames)) != 0;) {
+        store.EnsureRoom(kEventsPerBuffer);
+        media::Buffer buffer;
+        buffer.data = samples.data();
+        buffer.sizeUsed = n * info.channels * sizeof(int16_t);
+        node.BufferReceived(buffer);
+        position += static_cast<int64_t>(n);
+        clock.Set(kClockStartMicros +
+                  static_cast<int64_t>(std::llround(position * 1e6 / info.sampleRate)));
+        if (progress && info.frames > 0) {
+            progress(static_cast<double>(position) / static_cast<double>(info.frames));
+        }
+    }
+    return position;
+}
+
+ConversionReport Convert(const std::string& input, const std::string& output,
+                         const ConversionSettings& settings, const ProgressCallback& progress) {
     std::string error;
     auto reader = media::SoundFileReader::Open(input, error);
     if (reader == nullptr) {
@@ -86,17 +120,7 @@ ConversionReport ConvertFile(const std::string& input, const std::string& output
     VocatoNode node(&window, nullptr, "", settings.channel, std::move(options));
     node.NodeRegistered();
 
-    int32_t cookie = 0;
-    media::MediaInput in;
-    node.GetNextInput(&cookie, &in);
-    media::MediaFormat format;
-    format.type = media::MediaType::RawAudio;
-    format.raw.frameRate = info.sampleRate;
-    format.raw.channelCount = info.channels;
-    format.raw.format = media::SampleFormat::Int16;
-    format.raw.bufferSize = kBufferFrames * info.channels * sizeof(int16_t);
-    node.AcceptFormat(in.destination, &format);
-    node.Connected(media::MediaSource{0, 0}, in.destination, format, &in);
+    const media::MediaInput in = ConnectFile(node, info);
     if (!node.EngineReady()) {
         char rate[32];
         std::snprintf(rate, sizeof rate, "%g", info.sampleRate);
@@ -105,38 +129,23 @@ ConversionReport ConvertFile(const std::string& input, const std::string& output
     }
     ApplySettings(node, clock, settings);
     node.Start(0);
-    if (!ConnectMidiStore(node, window, RecordingCapacity(info.frames))) {
+    if (!ConnectMidiStore(node, window, kInitialEvents)) {
         return Failure(input + ": not enough memory to record its MIDI");
     }
     media::FlushDiagnostics();
 
-    std::vector<int16_t> samples(kBufferFrames * info.channels);
-    int64_t position = 0;
-    for (size_t n; (n = reader->Read(samples.data(), kBufferFrames)) != 0;) {
-        media::Buffer buffer;
-        buffer.data = samples.data();
-        buffer.sizeUsed = n * info.channels * sizeof(int16_t);
-        node.BufferReceived(buffer);
-        position += static_cast<int64_t>(n);
-        clock.Set(kClockStartMicros +
-                  static_cast<int64_t>(std::llround(position * 1e6 / info.sampleRate)));
-        if (progress && info.frames > 0) {
-            progress(static_cast<double>(position) / static_cast<double>(info.frames));
-        }
-    }
+    media::MidiStore& store = *window.recording.Kept();
+    const int64_t position = FeedFile(node, *reader, clock, store, progress);
     if (position == 0) {
         return Failure(input + ": no audio could be read from the file");
     }
 
-    media::MidiStore& store = *window.recording.Kept();
+    store.EnsureRoom(16 * 128);
     store.CloseSoundingNotes(node.RecordingStampNow());
     node.Stop(0, true);
     window.recording.SetRecording(false);
     node.Disconnected(in.source, in.destination);
     media::FlushDiagnostics();
-    if (store.Dropped() != 0) {
-        return Failure(input + ": the MIDI recording ran out of room");
-    }
 
     const media::ExportResult exported = media::ExportStandardMidiFile(store, output);
     if (!exported.ok) {
@@ -150,6 +159,17 @@ ConversionReport ConvertFile(const std::string& input, const std::string& output
     report.sampleRate = info.sampleRate;
     report.channels = info.channels;
     return report;
+}
+
+} // namespace
+
+ConversionReport ConvertFile(const std::string& input, const std::string& output,
+                             const ConversionSettings& settings, const ProgressCallback& progress) {
+    try {
+        return Convert(input, output, settings, progress);
+    } catch (const std::bad_alloc&) {
+        return Failure(input + ": not enough memory to convert it");
+    }
 }
 
 } // namespace vocato::app

@@ -36,7 +36,6 @@ using ProgressCallback = std::function<void(double)>;
 // Writes `output` only when the whole conversion succeeded; a file already there survives
 // any failure.
 ConversionReport ConvertFile(const std::string& input, const std::string& output,
-                             const ConversionSettings& settings,
-                             const ProgressCallback& progress);
+                             const ConversionSettings& settings, const ProgressCallback& progress);
 
 } // namespace vocato::app

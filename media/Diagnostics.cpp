@@ -24,11 +24,17 @@ BoundedQueue<PostedLine, 1024>& Posted() {
 
 } // namespace
 
-void SetDiagnosticsQuiet(bool on) noexcept { quiet.store(on, std::memory_order_relaxed); }
+void SetDiagnosticsQuiet(bool on) noexcept {
+    quiet.store(on, std::memory_order_relaxed);
+}
 
-bool DiagnosticsQuiet() noexcept { return quiet.load(std::memory_order_relaxed); }
+bool DiagnosticsQuiet() noexcept {
+    return quiet.load(std::memory_order_relaxed);
+}
 
-void SetDebugOutput(bool on) noexcept { debugOn.store(on, std::memory_order_relaxed); }
+void SetDebugOutput(bool on) noexcept {
+    debugOn.store(on, std::memory_order_relaxed);
+}
 
 void Diagnostic(const char* format, ...) {
     if (DiagnosticsQuiet()) {

@@ -63,8 +63,8 @@ enum class BufferType : int32_t { RawAudio, Parameters, Other };
 struct Buffer {
     BufferType type = BufferType::RawAudio;
     void* data = nullptr;
-    size_t sizeUsed = 0;    // bytes
-    int64_t startTime = 0;  // microseconds
+    size_t sizeUsed = 0;   // bytes
+    int64_t startTime = 0; // microseconds
 };
 
 } // namespace vocato::media

@@ -19,6 +19,18 @@ bool MidiStore::Add(uint32_t stampMs, const MidiMessage& message) noexcept {
     return true;
 }
 
+void MidiStore::EnsureRoom(size_t room) {
+    const size_t n = CountEvents();
+    if (capacity_ - n >= room) {
+        return;
+    }
+    const size_t capacity = std::max(2 * capacity_, n + room);
+    auto larger = std::make_unique<StoredEvent[]>(capacity);
+    std::copy(events_.get(), events_.get() + n, larger.get());
+    events_ = std::move(larger);
+    capacity_ = capacity;
+}
+
 std::vector<StoredEvent> MidiStore::SortedEvents() const {
     std::vector<StoredEvent> sorted(events_.get(), events_.get() + CountEvents());
     std::stable_sort(sorted.begin(), sorted.end(), [](const StoredEvent& a, const StoredEvent& b) {
@@ -34,8 +46,8 @@ void MidiStore::CloseSoundingNotes(uint32_t stampMs) noexcept {
         const MidiMessage& m = events_[i].message;
         const size_t key = static_cast<size_t>(m.bytes[0] & 0x0F) * 128 + m.bytes[1];
         const bool on = m.Status() == midi::kNoteOn && m.bytes[2] != 0;
-        const bool off = m.Status() == midi::kNoteOff ||
-                         (m.Status() == midi::kNoteOn && m.bytes[2] == 0);
+        const bool off =
+            m.Status() == midi::kNoteOff || (m.Status() == midi::kNoteOn && m.bytes[2] == 0);
         if (on) {
             ++sounding[key];
         } else if (off && sounding[key] > 0) {
@@ -44,8 +56,8 @@ void MidiStore::CloseSoundingNotes(uint32_t stampMs) noexcept {
     }
     for (size_t key = 0; key < sounding.size(); ++key) {
         for (int k = 0; k < sounding[key]; ++k) {
-            Add(stampMs, midi::NoteOff(static_cast<int>(key / 128) + 1,
-                                       static_cast<uint8_t>(key % 128), 0));
+            Add(stampMs,
+                midi::NoteOff(static_cast<int>(key / 128) + 1, static_cast<uint8_t>(key % 128), 0));
         }
     }
 }

@@ -35,6 +35,11 @@ public:
     // Not the audio thread. The events ordered by stamp; equal stamps keep their order.
     std::vector<StoredEvent> SortedEvents() const;
 
+    // Writer only, and only while no other thread adds (the converting thread between two
+    // buffers): makes room for `room` more events, moving the events to a larger array.
+    // Throws std::bad_alloc.
+    void EnsureRoom(size_t room);
+
     // Writer only. Adds, at `stampMs`, a note-off for every key whose note-ons outnumber its
     // note-offs, so that a recording cut in the middle of a note still ends it.
     void CloseSoundingNotes(uint32_t stampMs) noexcept;

@@ -65,7 +65,9 @@ SoundFileReader::SoundFileReader(SNDFILE* file, const SoundFileInfo& info, bool 
     }
 }
 
-SoundFileReader::~SoundFileReader() { sf_close(file_); }
+SoundFileReader::~SoundFileReader() {
+    sf_close(file_);
+}
 
 size_t SoundFileReader::Read(int16_t* interleaved, size_t frames) noexcept {
     if (floating_) {

@@ -28,13 +28,13 @@ public:
 
     const SoundFileInfo& Info() const noexcept { return info_; }
 
-    // Reads up to `frames` frames into `interleaved` (frames x channels samples). Returns the
+    // One thread at a time; not the audio thread (it reads the disk). Reads up to `frames`
+    // frames into `interleaved` (frames x channels samples). Returns the
     // frames read; 0 at the end of the file.
     size_t Read(int16_t* interleaved, size_t frames) noexcept;
 
 private:
     size_t ReadFloating(int16_t* interleaved, size_t frames) noexcept;
-
 
     SoundFileReader(SNDFILE* file, const SoundFileInfo& info, bool floating);
 

@@ -37,12 +37,4 @@ bool TimedEventQueue::PopDue(int64_t now, TimedEvent& out) noexcept {
     return true;
 }
 
-void TimedEventQueue::Flush(EventType type) noexcept {
-    Collect();
-    auto end = pending_.begin() + static_cast<ptrdiff_t>(pendingCount_);
-    auto kept = std::remove_if(pending_.begin(), end,
-                               [type](const TimedEvent& e) { return e.type == type; });
-    pendingCount_ = static_cast<size_t>(kept - pending_.begin());
-}
-
 } // namespace vocato::media

@@ -16,8 +16,8 @@ enum class EventType : int32_t { Parameter, DataStatus };
 struct TimedEvent {
     int64_t time = 0; // microseconds on the node's clock
     EventType type = EventType::Parameter;
-    int32_t id = 0;         // parameter id, or the data status
-    uint8_t value[4] = {};  // the parameter's value bytes, copied at posting time
+    int32_t id = 0;        // parameter id, or the data status
+    uint8_t value[4] = {}; // the parameter's value bytes, copied at posting time
 };
 
 class TimedEventQueue {
@@ -29,9 +29,6 @@ public:
 
     // Node thread only. Takes the earliest event due at `now` (ties in posting order).
     bool PopDue(int64_t now, TimedEvent& out) noexcept;
-
-    // Node thread only. Drops every event of `type` posted so far.
-    void Flush(EventType type) noexcept;
 
     // Any thread.
     uint64_t Dropped() const noexcept { return dropped_.load(std::memory_order_relaxed); }

@@ -109,10 +109,9 @@ TEST(BufferPath, OneFrameSendsExpressionBendNoteOffNoteOnInThatOrderTransposed) 
     rig.sink.sent.clear();
     rig.script->outputs = {Decision(64, 66, 90, 8192, 100)};
     rig.Feed(Ramp(16));
-    EXPECT_EQ(rig.sink.Messages(),
-              (std::vector<vocato::media::MidiMessage>{
-                  midi::ControlChange(1, 11, 100), midi::PitchBend(1, 0, 64),
-                  midi::NoteOff(1, 52, 0), midi::NoteOn(1, 54, 90)}));
+    EXPECT_EQ(rig.sink.Messages(), (std::vector<vocato::media::MidiMessage>{
+                                       midi::ControlChange(1, 11, 100), midi::PitchBend(1, 0, 64),
+                                       midi::NoteOff(1, 52, 0), midi::NoteOn(1, 54, 90)}));
     EXPECT_EQ(rig.window.displayNote.load(), 54.0f);
 }
 

@@ -25,8 +25,7 @@ TEST(Connection, ASecondConnectionIsRefusedUntilDisconnected) {
     EXPECT_TRUE(rig.window.oscilloBuffer.Attached());
     media::MediaInput out;
     media::MediaFormat format;
-    EXPECT_EQ(rig.node->Connected({2, 2}, input.destination, format, &out),
-              media::kBadDestination);
+    EXPECT_EQ(rig.node->Connected({2, 2}, input.destination, format, &out), media::kBadDestination);
     rig.node->Disconnected(input.source, input.destination);
     EXPECT_FALSE(rig.window.oscilloBuffer.Attached());
     EXPECT_EQ(rig.node->Connected({2, 2}, input.destination, format, &out), media::kOk);
@@ -60,8 +59,23 @@ TEST(Connection, StartAnnouncesProgramAndBendRangeOnChannelOneAndStopSilences) {
     EXPECT_EQ(rig.sink.sent.size(), 16u);
 }
 
+TEST(Connection, ThePreferredFormatIsMonoInBuffersOf1024Bytes) {
+    media::MediaFormat format;
+    format.type = media::MediaType::RawAudio;
+    format.raw.frameRate = 48000;
+    VocatoNode::getPreferredFormat(format);
+    EXPECT_EQ(format.raw.channelCount, 1u);
+    EXPECT_EQ(format.raw.bufferSize, 1024u);
+    EXPECT_EQ(format.raw.frameRate, 0.0);
+    media::MediaFormat other;
+    EXPECT_THROW(VocatoNode::getPreferredFormat(other), std::invalid_argument);
+}
+
 TEST(AddOn, MakesWindowlessNodesThatNameTheirAddOn) {
     std::unique_ptr<VocatoAddOn> addOn(make_media_addon(3));
+    const char* failure = nullptr;
+    EXPECT_EQ(addOn->InitCheck(&failure), media::kOk);
+    EXPECT_FALSE(addOn->WantsAutoStart());
     EXPECT_EQ(addOn->CountFlavors(), 1);
     const FlavorInfo* flavor = nullptr;
     EXPECT_EQ(addOn->GetFlavorAt(1, &flavor), media::kError);

@@ -27,11 +27,10 @@ TEST(MidiSend, BendRangeIsRegisteredParameterZeroWithA7BitValue) {
     NodeRig rig;
     rig.sink.sent.clear();
     rig.node->SendBendRange(1, 12, 0.0);
-    EXPECT_EQ(rig.sink.Messages(),
-              (std::vector<MidiMessage>{midi::ControlChange(1, 101, 0),
-                                        midi::ControlChange(1, 100, 0),
-                                        midi::ControlChange(1, 6, 12),
-                                        midi::ControlChange(1, 38, 0)}));
+    EXPECT_EQ(
+        rig.sink.Messages(),
+        (std::vector<MidiMessage>{midi::ControlChange(1, 101, 0), midi::ControlChange(1, 100, 0),
+                                  midi::ControlChange(1, 6, 12), midi::ControlChange(1, 38, 0)}));
     EXPECT_EQ(rig.window.bendRange.load(), 12.0f);
     rig.sink.sent.clear();
     rig.node->SendBendRange(1, 200, 0.0);
@@ -144,7 +143,8 @@ TEST(CheckSynthFile, ASoundFontThatFailsToLoadIsReportedAndLeavesASilentSynthesi
     options.alert = &alert;
     options.soundFonts = {dir.File("missing.sf2"), bogus};
     vocato::VocatoNode node(nullptr, nullptr, "", 1, options);
-    EXPECT_EQ(alert.shown, (std::vector<std::string>{"Synthfile Error / No synthfile for synthesizer"}));
+    EXPECT_EQ(alert.shown,
+              (std::vector<std::string>{"Synthfile Error / No synthfile for synthesizer"}));
     ASSERT_NE(node.Synth(), nullptr);
     EXPECT_FALSE(node.Synth()->Enabled());
 }

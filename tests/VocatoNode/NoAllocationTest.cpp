@@ -29,11 +29,15 @@ void* operator new(size_t size) {
     throw std::bad_alloc();
 }
 
-void operator delete(void* p) noexcept { std::free(p); }
+void operator delete(void* p) noexcept {
+    std::free(p);
+}
 // GCC does not see that the replaced operator new above pairs malloc with this free.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-void operator delete(void* p, size_t) noexcept { std::free(p); }
+void operator delete(void* p, size_t) noexcept {
+    std::free(p);
+}
 #pragma GCC diagnostic pop
 
 TEST(NodeThread, TenSecondsOfAudioAndAPresetChangeAllocateNothing) {

@@ -23,7 +23,7 @@ struct TrackerScript {
     std::vector<uint32_t> processedBytes;         // every Process call
     std::vector<int16_t> firstSamples;            // the first sample of every Process call
     std::deque<WFETMidiOut> outputs;              // decisions to give, one per Calc
-    WFETMidiOut idle{-1, -1, 0, 0, 127}; // once `outputs` is empty: nothing to send
+    WFETMidiOut idle{-1, -1, 0, 0, 127};          // once `outputs` is empty: nothing to send
     int created = 0;
     int destroyed = 0;
     const void* lastConfigured = nullptr; // the tracker that received the latest Set

@@ -80,8 +80,7 @@ TEST(Parameters, TheNoteRangeTruncatesAndComparesAsAnInteger) {
     NodeRig rig;
     rig.script->sets.clear();
     rig.SetFloat(PARAM_MIDI_MIN, 47.9f);
-    EXPECT_EQ(rig.script->sets,
-              (std::vector<std::pair<int16_t, double>>{{WFET_MIN_NOTE, 47.0}}));
+    EXPECT_EQ(rig.script->sets, (std::vector<std::pair<int16_t, double>>{{WFET_MIN_NOTE, 47.0}}));
     EXPECT_EQ(rig.window.midiMin.load(), 47.0f);
     const int64_t changed = rig.LastChange(PARAM_MIDI_MIN);
     rig.clock.Set(30'000'000);

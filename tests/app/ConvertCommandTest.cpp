@@ -86,8 +86,8 @@ TEST(ConvertCommand, AMelodyBecomesAMidiFileThatOpensWithProgramAndBendRange) {
                    SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     const std::string out = dir.File("melody.mid");
     const Outcome run = Vocato("convert " + in + " -o " + out +
-                               " --preset 19 --program 68 --channel 2 --bend-range 12 --quiet",
-                           dir);
+                                   " --preset 19 --program 68 --channel 2 --bend-range 12 --quiet",
+                               dir);
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out, "");
     const auto lines = ReadMidiWithMido(out);
@@ -162,8 +162,8 @@ TEST(ConvertCommand, BadInputGetsOneMessageAFailureStatusAndNoOutputFile) {
     const std::string slow = Tone(dir, "slow.wav", 2000, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     std::filesystem::create_directory(dir.File("folder.wav"));
 
-    for (const std::string& in : {dir.File("missing.wav"), empty, text, cut, slow,
-                                  dir.File("folder.wav")}) {
+    for (const std::string& in :
+         {dir.File("missing.wav"), empty, text, cut, slow, dir.File("folder.wav")}) {
         const std::string out = dir.File("out.mid");
         const Outcome run = Vocato("convert " + in + " -o " + out, dir);
         EXPECT_EQ(run.status, 1) << in;

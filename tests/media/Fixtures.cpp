@@ -47,7 +47,8 @@ void WriteSoundFile(const std::string& path, const std::vector<float>& interleav
     if (file == nullptr) {
         throw std::runtime_error("cannot write " + path + ": " + sf_strerror(nullptr));
     }
-    sf_writef_float(file, interleaved.data(), static_cast<sf_count_t>(interleaved.size() / channels));
+    sf_writef_float(file, interleaved.data(),
+                    static_cast<sf_count_t>(interleaved.size() / channels));
     sf_close(file);
 }
 
@@ -121,21 +122,22 @@ double EstimatePitchHz(const float* x, size_t count, double rate) {
     return 0.0;
 }
 
-double Cents(double hz, double reference) { return 1200.0 * std::log2(hz / reference); }
+double Cents(double hz, double reference) {
+    return 1200.0 * std::log2(hz / reference);
+}
 
 std::vector<std::string> ReadMidiWithMido(const std::string& path) {
-    const std::string script =
-        "import sys, mido\n"
-        "m = mido.MidiFile(sys.argv[1])\n"
-        "print(m.type, m.ticks_per_beat)\n"
-        "for track in m.tracks:\n"
-        "    t = 0\n"
-        "    for msg in track:\n"
-        "        t += msg.time\n"
-        "        if msg.is_meta:\n"
-        "            print(t, 'meta', msg.type, getattr(msg, 'tempo', ''))\n"
-        "        else:\n"
-        "            print(t, msg.bytes() and bytes(msg.bytes()).hex())\n";
+    const std::string script = "import sys, mido\n"
+                               "m = mido.MidiFile(sys.argv[1])\n"
+                               "print(m.type, m.ticks_per_beat)\n"
+                               "for track in m.tracks:\n"
+                               "    t = 0\n"
+                               "    for msg in track:\n"
+                               "        t += msg.time\n"
+                               "        if msg.is_meta:\n"
+                               "            print(t, 'meta', msg.type, getattr(msg, 'tempo', ''))\n"
+                               "        else:\n"
+                               "            print(t, msg.bytes() and bytes(msg.bytes()).hex())\n";
     const std::string command = "/usr/bin/python3 -c \"" + script + "\" '" + path + "' 2>&1";
     FILE* pipe = ::popen(command.c_str(), "r");
     if (pipe == nullptr) {

@@ -22,8 +22,8 @@ private:
 std::vector<float> Sine(double hz, double rate, double seconds, double amplitude = 0.5);
 
 // Writes interleaved samples in [-1, 1] with libsndfile; `format` is an SF_FORMAT_* mask.
-void WriteSoundFile(const std::string& path, const std::vector<float>& interleaved,
-                    int rate, int channels, int format);
+void WriteSoundFile(const std::string& path, const std::vector<float>& interleaved, int rate,
+                    int channels, int format);
 
 struct Note {
     int key;

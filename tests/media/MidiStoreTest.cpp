@@ -57,3 +57,15 @@ TEST(RecordingSlot, ReplacingTheStoreWhileTheNodeRecordsNeverLosesAWrite) {
     EXPECT_GT(writes.load(), 0u);
     EXPECT_LE(recorded, writes.load());
 }
+
+TEST(MidiStore, MakingRoomKeepsEveryEventInOrder) {
+    MidiStore store(2);
+    store.Add(5, midi::NoteOn(1, 60, 1));
+    store.Add(6, midi::NoteOff(1, 60, 0));
+    store.EnsureRoom(3);
+    EXPECT_GE(store.Capacity(), 5u);
+    EXPECT_TRUE(store.Add(7, midi::NoteOn(1, 62, 1)));
+    ASSERT_EQ(store.CountEvents(), 3u);
+    EXPECT_EQ(store.EventAt(0).stampMs, 5u);
+    EXPECT_EQ(store.EventAt(1).message, midi::NoteOff(1, 60, 0));
+}

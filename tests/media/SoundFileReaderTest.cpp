@@ -54,13 +54,14 @@ TEST_P(SoundFileSampleFormats, EveryStoredFormatReadsAsTheSame16BitSamples) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Formats, SoundFileSampleFormats,
-    testing::Values(SampleFormatCase{"pcm16", SF_FORMAT_PCM_16, 1},
-                    SampleFormatCase{"pcm8", SF_FORMAT_PCM_U8, 2 * 256},
-                    SampleFormatCase{"pcm24", SF_FORMAT_PCM_24, 1},
-                    SampleFormatCase{"float", SF_FORMAT_FLOAT, 1}),
-    [](const testing::TestParamInfo<SampleFormatCase>& info) { return info.param.name; });
+INSTANTIATE_TEST_SUITE_P(Formats, SoundFileSampleFormats,
+                         testing::Values(SampleFormatCase{"pcm16", SF_FORMAT_PCM_16, 1},
+                                         SampleFormatCase{"pcm8", SF_FORMAT_PCM_U8, 2 * 256},
+                                         SampleFormatCase{"pcm24", SF_FORMAT_PCM_24, 1},
+                                         SampleFormatCase{"float", SF_FORMAT_FLOAT, 1}),
+                         [](const testing::TestParamInfo<SampleFormatCase>& info) {
+                             return info.param.name;
+                         });
 
 TEST(SoundFileReader, FloatBeyondFullScaleClipsInsteadOfWrapping) {
     TempDir dir;

@@ -33,17 +33,13 @@ TEST(StandardMidiFile, EncodesFormat0WithOneTickPerMillisecondByteForByte) {
     MidiStore store(16);
     store.Add(0, midi::ProgramChange(1, 73));
     store.Add(200, midi::NoteOn(1, 60, 100));
-    store.Add(100, midi::ControlChange(1, 11, 90)); // out of order: sorted on export
+    store.Add(100, midi::ControlChange(1, 11, 90));  // out of order: sorted on export
     store.Add(200 + 16384, midi::NoteOff(1, 60, 0)); // a delta that needs three bytes
     const std::vector<uint8_t> expected = {
-        'M', 'T', 'h', 'd', 0, 0, 0, 6, 0, 0, 0, 1, 0x01, 0xF4,
-        'M', 'T', 'r', 'k', 0, 0, 0, 28,
-        0x00, 0xFF, 0x51, 0x03, 0x07, 0xA1, 0x20,
-        0x00, 0xC0, 73,
-        0x64, 0xB0, 11, 90,
-        0x64, 0x90, 60, 100,
-        0x81, 0x80, 0x00, 0x80, 60, 0,
-        0x00, 0xFF, 0x2F, 0x00,
+        'M',  'T',  'h',  'd',  0,    0,  0,    6,    0,    0,    0,    1,    0x01,
+        0xF4, 'M',  'T',  'r',  'k',  0,  0,    0,    28,   0x00, 0xFF, 0x51, 0x03,
+        0x07, 0xA1, 0x20, 0x00, 0xC0, 73, 0x64, 0xB0, 11,   90,   0x64, 0x90, 60,
+        100,  0x81, 0x80, 0x00, 0x80, 60, 0,    0x00, 0xFF, 0x2F, 0x00,
     };
     EXPECT_EQ(vocato::media::EncodeStandardMidiFile(store), expected);
 }
@@ -59,9 +55,8 @@ TEST(StandardMidiFile, AnIndependentReaderSeesTheSameBytesAtTheSameMilliseconds)
     const std::string path = dir.File("out.mid");
     ASSERT_TRUE(ExportStandardMidiFile(store, path).ok);
     const std::vector<std::string> expected = {
-        "0 500",          "0 meta set_tempo 500000", "0 c234", "0 b2060c",
-        "531 e20040",     "531 92475d",              "1042 824700",
-        "1042 meta end_of_track",
+        "0 500",       "0 meta set_tempo 500000", "0 c234", "0 b2060c", "531 e20040", "531 92475d",
+        "1042 824700", "1042 meta end_of_track",
     };
     EXPECT_EQ(ReadMidiWithMido(path), expected);
 }
@@ -96,8 +91,7 @@ TEST(StandardMidiFile, AMissingDirectoryOrADirectoryAsTargetIsAClearError) {
     MidiStore store(4);
     const auto missing = ExportStandardMidiFile(store, dir.File("no/such/dir/out.mid"));
     EXPECT_FALSE(missing.ok);
-    EXPECT_NE(missing.error.find("No such file or directory"), std::string::npos)
-        << missing.error;
+    EXPECT_NE(missing.error.find("No such file or directory"), std::string::npos) << missing.error;
     const auto isDir = ExportStandardMidiFile(store, dir.Path());
     EXPECT_FALSE(isDir.ok);
     EXPECT_NE(isDir.error.find("directory"), std::string::npos) << isDir.error;

@@ -5,7 +5,6 @@
 #include <thread>
 #include <vector>
 
-using vocato::media::EventType;
 using vocato::media::TimedEvent;
 using vocato::media::TimedEventQueue;
 
@@ -46,19 +45,6 @@ TEST(TimedEventQueue, AFullQueueRefusesWithoutBlockingAndCountsTheDrop) {
     // The ring holds one capacity and the node's sorted list another, once collected.
     EXPECT_EQ(accepted, TimedEventQueue::kCapacity);
     EXPECT_EQ(queue.Dropped(), TimedEventQueue::kCapacity + 10);
-}
-
-TEST(TimedEventQueue, FlushDropsOnlyTheNamedType) {
-    TimedEventQueue queue;
-    TimedEvent status = At(10, 7);
-    status.type = EventType::DataStatus;
-    queue.Push(status);
-    queue.Push(At(20, 8));
-    queue.Flush(EventType::DataStatus);
-    TimedEvent e;
-    ASSERT_TRUE(queue.PopDue(100, e));
-    EXPECT_EQ(e.id, 8);
-    EXPECT_FALSE(queue.PopDue(100, e));
 }
 
 TEST(TimedEventQueue, EventsPostedFromManyThreadsEachArriveOnce) {
