@@ -24,8 +24,9 @@ float ControlCache::Value(PortIndex index) const noexcept {
     return std::clamp(*data, port.minimum, port.maximum);
 }
 
-void ControlCache::Push(VocatoNode& node, int64_t when) noexcept {
+bool ControlCache::Push(VocatoNode& node, int64_t when) noexcept {
     bool switchesChanged = false;
+    bool presetRequested = false;
     // kControlPorts lists the preset first.
     for (const ControlPort& port : kControlPorts) {
         const float value = Value(port.index);
@@ -41,6 +42,7 @@ void ControlCache::Push(VocatoNode& node, int64_t when) noexcept {
         case PortTarget::IntParameter: {
             const auto integer = static_cast<int32_t>(std::lround(value));
             node.SetParameterValue(port.parameter, when, &integer, sizeof integer);
+            presetRequested |= port.parameter == PARAM_PRESET;
             break;
         }
         case PortTarget::EngineSwitch:
@@ -53,6 +55,7 @@ void ControlCache::Push(VocatoNode& node, int64_t when) noexcept {
     if (switchesChanged) {
         node.SetEngineSwitches(Value(kMedian) >= 0.5f ? 1 : 0, Value(kConfirm) >= 0.5f ? 1 : 0);
     }
+    return presetRequested;
 }
 
 } // namespace vocato::lv2

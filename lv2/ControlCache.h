@@ -22,8 +22,9 @@ public:
     void Forget() noexcept;
 
     // Audio thread. Queues the changed parameters, due at `when`, the preset first since it
-    // rewrites the others; applies the median and confirm switches at once.
-    void Push(VocatoNode& node, int64_t when) noexcept;
+    // rewrites the others; applies the median and confirm switches at once. True when a
+    // preset was requested: it will use up one of the node's spare trackers.
+    bool Push(VocatoNode& node, int64_t when) noexcept;
 
     // Any thread that does not race run(). The port's value, held inside its range; its
     // default when the port is not connected or holds NaN.

@@ -3,6 +3,10 @@
 #include "VocatoPlugin.h"
 
 #include <lv2/core/lv2.h>
+#include <lv2/worker/worker.h>
+
+#include <cstring>
+#include <exception>
 
 namespace {
 
@@ -37,8 +41,24 @@ void Cleanup(LV2_Handle handle) {
     delete Self(handle);
 }
 
-const void* ExtensionData(const char*) {
-    return nullptr;
+LV2_Worker_Status Work(LV2_Handle handle, LV2_Worker_Respond_Function, LV2_Worker_Respond_Handle,
+                       uint32_t, const void*) {
+    try {
+        Self(handle)->Work();
+    } catch (const std::exception&) {
+        return LV2_WORKER_ERR_UNKNOWN; // no memory for a spare: the next preset change asks again
+    }
+    return LV2_WORKER_SUCCESS;
+}
+
+LV2_Worker_Status WorkResponse(LV2_Handle, uint32_t, const void*) {
+    return LV2_WORKER_SUCCESS;
+}
+
+const LV2_Worker_Interface kWorker = {Work, WorkResponse, nullptr};
+
+const void* ExtensionData(const char* uri) {
+    return std::strcmp(uri, LV2_WORKER__interface) == 0 ? &kWorker : nullptr;
 }
 
 const LV2_Descriptor kDescriptor = {

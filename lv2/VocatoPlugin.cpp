@@ -19,10 +19,10 @@ namespace {
 // starting the clock there puts the first sample at MIDI time 0, as the converter does.
 constexpr int64_t kClockStartMicros = 6'000'000;
 
-LV2_URID_Map* FindUridMap(const LV2_Feature* const* features) {
+void* FindFeature(const LV2_Feature* const* features, const char* uri) {
     for (; features != nullptr && *features != nullptr; ++features) {
-        if (std::strcmp((*features)->URI, LV2_URID__map) == 0) {
-            return static_cast<LV2_URID_Map*>((*features)->data);
+        if (std::strcmp((*features)->URI, uri) == 0) {
+            return (*features)->data;
         }
     }
     return nullptr;
@@ -32,7 +32,7 @@ LV2_URID_Map* FindUridMap(const LV2_Feature* const* features) {
 
 std::unique_ptr<VocatoPlugin> VocatoPlugin::Create(double rate,
                                                    const LV2_Feature* const* features) {
-    LV2_URID_Map* map = FindUridMap(features);
+    auto* map = static_cast<LV2_URID_Map*>(FindFeature(features, LV2_URID__map));
     if (map == nullptr) {
         std::fprintf(stderr, "vocato.lv2: the host does not provide %s; not instantiated\n",
                      LV2_URID__map);
@@ -42,15 +42,17 @@ std::unique_ptr<VocatoPlugin> VocatoPlugin::Create(double rate,
     // their queue from the audio thread.
     media::SetDiagnosticsQuiet(true);
     try {
-        return std::make_unique<VocatoPlugin>(rate, map);
+        return std::make_unique<VocatoPlugin>(
+            rate, map,
+            static_cast<const LV2_Worker_Schedule*>(FindFeature(features, LV2_WORKER__schedule)));
     } catch (const std::exception& e) {
         std::fprintf(stderr, "vocato.lv2: cannot make the converter node: %s\n", e.what());
         return nullptr;
     }
 }
 
-VocatoPlugin::VocatoPlugin(double rate, LV2_URID_Map* map)
-    : rate_(rate), clock_(kClockStartMicros), sink_(map) {
+VocatoPlugin::VocatoPlugin(double rate, LV2_URID_Map* map, const LV2_Worker_Schedule* schedule)
+    : rate_(rate), schedule_(schedule), clock_(kClockStartMicros), sink_(map) {
     MakeNode(TrackerKindForPort(ControlPortAt(kTracker).defaultValue));
 }
 
@@ -80,6 +82,7 @@ void VocatoPlugin::MakeNode(TrackerKind kind) {
     node->AcceptFormat(input.destination, &format);
     node->Connected(media::MediaSource{0, 0}, input.destination, format, &input);
     node->AddMidiOutput(&sink_);
+    std::lock_guard<std::mutex> lock(nodeSwap_);
     node_ = std::move(node);
     trackerKind_ = kind;
     controls_.Forget();
@@ -118,13 +121,18 @@ void VocatoPlugin::Activate() {
     node_->Start(clock_.NowMicros());
 }
 
+void VocatoPlugin::Work() {
+    std::lock_guard<std::mutex> lock(nodeSwap_);
+    node_->Maintain();
+}
+
 void VocatoPlugin::Deactivate() noexcept {
     node_->Stop(clock_.NowMicros(), true);
 }
 
 void VocatoPlugin::Run(uint32_t frames) noexcept {
     sink_.Begin(midiOut_);
-    controls_.Push(*node_, clock_.NowMicros());
+    const bool presetRequested = controls_.Push(*node_, clock_.NowMicros());
     // Parameter changes take effect at frame 0 of this run, before any audio.
     node_->RunEvents();
     const bool ready = node_->EngineReady();
@@ -135,6 +143,10 @@ void VocatoPlugin::Run(uint32_t frames) noexcept {
         *latency_ = ready ? static_cast<float>(node_->DecisionDelaySamples()) : 0.0f;
     }
     sink_.End();
+    // Last, since a host that is rendering offline may do the work before this returns.
+    if (presetRequested && schedule_ != nullptr) {
+        schedule_->schedule_work(schedule_->handle, 0, nullptr);
+    }
 }
 
 void VocatoPlugin::Feed(const float* samples, uint32_t frames) noexcept {

@@ -2,8 +2,13 @@
 // in 16-sample frames, its MIDI written into the host's atom sequence.
 //
 // Threads follow LV2's classes: Create, Activate and Deactivate run on the host's
-// instantiation thread; Run on its audio thread, which is then the node's thread. Run never
-// allocates, locks or blocks.
+// instantiation thread; Run on its audio thread, which is then the node's thread; Work on the
+// host's worker thread. Run never allocates, locks or blocks.
+//
+// A preset change swaps in a tracker built ahead of time. When the host offers a worker,
+// Run asks it to build the next spare, so every change gets a fresh tracker; without one,
+// the spares are refilled at activation, and once they run out a preset change re-feeds the
+// running tracker.
 #pragma once
 
 #include "AtomMidiSink.h"
@@ -16,9 +21,11 @@
 
 #include <lv2/atom/atom.h>
 #include <lv2/core/lv2.h>
+#include <lv2/worker/worker.h>
 
 #include <array>
 #include <memory>
+#include <mutex>
 
 namespace vocato::lv2 {
 
@@ -37,14 +44,19 @@ public:
     void Run(uint32_t frames) noexcept;
     // Instantiation thread. Notes still sounding are ended at the start of the next run.
     void Deactivate() noexcept;
+    // Worker thread. Frees retired trackers and builds spares.
+    void Work();
 
-    VocatoPlugin(double rate, LV2_URID_Map* map);
+    VocatoPlugin(double rate, LV2_URID_Map* map, const LV2_Worker_Schedule* schedule);
 
 private:
     void MakeNode(TrackerKind kind);
     void Feed(const float* samples, uint32_t frames) noexcept;
 
     double rate_;
+    const LV2_Worker_Schedule* schedule_; // null when the host has no worker
+    // Work and the node's replacement in Activate may run on two threads at once.
+    std::mutex nodeSwap_;
     media::ManualClock clock_;
     AtomMidiSink sink_;
     ControlCache controls_;

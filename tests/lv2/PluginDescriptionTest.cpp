@@ -67,8 +67,12 @@ TEST_F(PluginDescription, LilvFindsThePluginWithItsBinaryAndFeatures) {
     lilv_nodes_free(required);
     auto hardRt = Uri(host.World(), LV2_CORE__hardRTCapable);
     LilvNodes* optional = lilv_plugin_get_optional_features(plugin);
+    auto schedule = Uri(host.World(), LV2_WORKER__schedule);
     EXPECT_TRUE(lilv_nodes_contains(optional, hardRt.get()));
+    EXPECT_TRUE(lilv_nodes_contains(optional, schedule.get()));
     lilv_nodes_free(optional);
+    auto worker = Uri(host.World(), LV2_WORKER__interface);
+    EXPECT_TRUE(lilv_plugin_has_extension_data(plugin, worker.get()));
 
     ASSERT_TRUE(lilv_plugin_has_latency(plugin));
     EXPECT_EQ(lilv_plugin_get_latency_port_index(plugin), kLatency);

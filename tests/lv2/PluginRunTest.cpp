@@ -106,6 +106,33 @@ TEST(PluginInstance, EitherTrackerChoiceTracksATone) {
     }
 }
 
+// Presets 1 and 2 hold the same values: a change between them only restarts the tracker,
+// which then finds the sounding note anew.
+size_t NoteOnsWhilePresetsAlternate(bool worker) {
+    TestHost host;
+    if (worker) {
+        host.EnableWorker();
+    }
+    EXPECT_TRUE(host.Instantiate(44100.0));
+    host.Activate();
+    const std::vector<float> tone = vocato::test::Sine(220.0, 44100.0, 4.0);
+    const uint32_t quarter = 44100 / 4;
+    for (int change = 0; change < 14; ++change) {
+        host.SetControl(kPreset, change % 2 == 0 ? 2.0f : 1.0f);
+        host.Run(std::vector<float>(tone.begin() + change * quarter,
+                                    tone.begin() + (change + 1) * quarter),
+                 {256});
+    }
+    EXPECT_EQ(host.WorkDone(), worker ? 14u : 0u);
+    return CountNoteOns(host.Events(), 57);
+}
+
+TEST(PluginInstance, WithAWorkerEveryPresetChangeGetsAFreshTracker) {
+    EXPECT_EQ(NoteOnsWhilePresetsAlternate(true), 14u);
+    // Without one, the four spares made at activation are all there is.
+    EXPECT_EQ(NoteOnsWhilePresetsAlternate(false), 4u);
+}
+
 TEST(PluginInstance, ARateTheTrackerRefusesGivesSilenceAndZeroLatency) {
     for (double rate : {1000.0, 250000.0}) {
         SCOPED_TRACE(rate);

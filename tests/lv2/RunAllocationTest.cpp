@@ -51,6 +51,7 @@ namespace {
 
 TEST(PluginRun, AllocatesNothingWhileRunningAndChangingParameters) {
     TestHost host;
+    host.EnableWorker();
     counting = true;
     ASSERT_TRUE(host.Instantiate(44100.0));
     host.Activate();
@@ -77,9 +78,11 @@ TEST(PluginRun, AllocatesNothingWhileRunningAndChangingParameters) {
         host.RunPlugin(melody.data() + done, frames);
         counting = false; // the test host's own reading of the events is not the plugin's
         host.CollectMidi();
+        host.DoScheduledWork();
         done += frames;
     }
     EXPECT_EQ(allocations.load(), 0u);
+    EXPECT_EQ(host.WorkDone(), 1u) << "the preset change asked for a spare tracker";
     size_t noteOns = 0;
     for (const MidiEvent& e : host.Events()) {
         noteOns += (e.bytes[0] & 0xF0) == 0x90;

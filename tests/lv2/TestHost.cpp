@@ -54,8 +54,17 @@ bool TestHost::Instantiate(double rate, bool withUridMap) {
     if (plugin_ == nullptr) {
         throw std::runtime_error("the bundle holds no Vocato plugin");
     }
-    const LV2_Feature* features[] = {withUridMap ? urids_.Feature() : nullptr, nullptr};
-    instance_ = lilv_plugin_instantiate(plugin_, rate, features);
+    schedule_ = {this, &TestHost::ScheduleWork};
+    scheduleFeature_ = {LV2_WORKER__schedule, &schedule_};
+    std::vector<const LV2_Feature*> features;
+    if (withUridMap) {
+        features.push_back(urids_.Feature());
+    }
+    if (workerEnabled_) {
+        features.push_back(&scheduleFeature_);
+    }
+    features.push_back(nullptr);
+    instance_ = lilv_plugin_instantiate(plugin_, rate, features.data());
     if (instance_ == nullptr) {
         return false;
     }
@@ -83,6 +92,26 @@ void TestHost::Deactivate() {
 void TestHost::RunBlock(const float* samples, uint32_t frames) {
     RunPlugin(samples, frames);
     CollectMidi();
+    DoScheduledWork();
+}
+
+LV2_Worker_Status TestHost::ScheduleWork(LV2_Worker_Schedule_Handle handle, uint32_t, const void*) {
+    ++static_cast<TestHost*>(handle)->workScheduled_;
+    return LV2_WORKER_SUCCESS;
+}
+
+void TestHost::DoScheduledWork() {
+    if (workScheduled_ == 0) {
+        return;
+    }
+    const auto* worker = static_cast<const LV2_Worker_Interface*>(
+        lilv_instance_get_extension_data(instance_, LV2_WORKER__interface));
+    if (worker == nullptr) {
+        throw std::runtime_error("the plugin asked for work but has no worker interface");
+    }
+    for (; workScheduled_ != 0; --workScheduled_, ++workDone_) {
+        worker->work(lilv_instance_get_handle(instance_), nullptr, nullptr, 0, nullptr);
+    }
 }
 
 void TestHost::RunPlugin(const float* samples, uint32_t frames) {

@@ -7,6 +7,7 @@
 #include <lilv/lilv.h>
 #include <lv2/atom/atom.h>
 #include <lv2/urid/urid.h>
+#include <lv2/worker/worker.h>
 
 #include <array>
 #include <cstdint>
@@ -45,6 +46,11 @@ public:
     const LilvPlugin* Plugin() const { return plugin_; }
     LilvWorld* World() const { return world_; }
 
+    // Before Instantiate: offer a worker. The work a run asks for is done after that run,
+    // as a worker thread would between two cycles.
+    void EnableWorker() { workerEnabled_ = true; }
+    size_t WorkDone() const { return workDone_; }
+
     // Null when the plugin refuses; `withUridMap` false leaves out the required feature.
     bool Instantiate(double rate, bool withUridMap = true);
     void Activate();
@@ -60,15 +66,19 @@ public:
     void Run(const std::vector<float>& samples, const std::vector<uint32_t>& blockSizes);
     // One run of `frames` frames of the given samples (at most the buffer's size).
     void RunBlock(const float* samples, uint32_t frames);
-    // RunBlock in its two steps: the plugin's run, then the host reading the MIDI it wrote.
+    // RunBlock in its steps: the plugin's run, the host reading the MIDI it wrote, and the
+    // work the run asked for.
     void RunPlugin(const float* samples, uint32_t frames);
     void CollectMidi();
+    void DoScheduledWork();
 
     const std::vector<MidiEvent>& Events() const { return events_; }
     // The capacity in bytes offered to the MIDI output in each run.
     void SetMidiCapacity(uint32_t bytes) { midiCapacity_ = bytes; }
 
 private:
+    static LV2_Worker_Status ScheduleWork(LV2_Worker_Schedule_Handle handle, uint32_t size,
+                                          const void* data);
     static constexpr uint32_t kMaxBlock = 8192;
 
     UridMap urids_;
@@ -80,6 +90,11 @@ private:
     std::vector<uint64_t> midiBuffer_; // 64-bit words keep the sequence aligned
     uint32_t midiCapacity_ = 32768;
     LV2_URID midiEvent_ = 0;
+    bool workerEnabled_ = false;
+    LV2_Worker_Schedule schedule_{};
+    LV2_Feature scheduleFeature_{};
+    size_t workScheduled_ = 0;
+    size_t workDone_ = 0;
     int64_t framesRun_ = 0;
     uint32_t lastRun_ = 0;
     std::vector<MidiEvent> events_;
