@@ -52,7 +52,9 @@ std::unique_ptr<VocatoPlugin> VocatoPlugin::Create(double rate,
 }
 
 VocatoPlugin::VocatoPlugin(double rate, LV2_URID_Map* map, const LV2_Worker_Schedule* schedule)
-    : rate_(rate), schedule_(schedule), clock_(kClockStartMicros), sink_(map) {
+    // A host that does not know its rate (0, or worse) gets the node's own assumption, 44.1 kHz.
+    : rate_(rate > 0.0 ? rate : 44100.0), schedule_(schedule), clock_(kClockStartMicros),
+      sink_(map) {
     MakeNode(TrackerKindForPort(ControlPortAt(kTracker).defaultValue));
 }
 
@@ -73,8 +75,7 @@ void VocatoPlugin::MakeNode(TrackerKind kind) {
     node->GetNextInput(&cookie, &input);
     media::MediaFormat format;
     format.type = media::MediaType::RawAudio;
-    // An unknown rate reaches the node as it is: the node takes 0 for 44100 Hz, and a rate the
-    // tracker refuses leaves the node not ready, which Run answers with silence.
+    // A rate the tracker refuses leaves the node not ready, which Run answers with silence.
     format.raw.frameRate = rate_;
     format.raw.channelCount = 1;
     format.raw.format = media::SampleFormat::Int16;

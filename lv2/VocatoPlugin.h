@@ -35,6 +35,7 @@ public:
     // node cannot be made.
     static std::unique_ptr<VocatoPlugin> Create(double rate, const LV2_Feature* const* features);
 
+    // Any thread that does not race Run.
     void ConnectPort(uint32_t port, void* data) noexcept;
     // Instantiation thread. Makes the node anew when the "tracker" port asks for another kind,
     // refills the node's spare trackers, and starts it: program and bend range go out at the
@@ -47,6 +48,7 @@ public:
     // Worker thread. Frees retired trackers and builds spares.
     void Work();
 
+    // Through Create, which reports failures.
     VocatoPlugin(double rate, LV2_URID_Map* map, const LV2_Worker_Schedule* schedule);
 
 private:

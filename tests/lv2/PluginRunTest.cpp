@@ -133,6 +133,15 @@ TEST(PluginInstance, WithAWorkerEveryPresetChangeGetsAFreshTracker) {
     EXPECT_EQ(NoteOnsWhilePresetsAlternate(false), 4u);
 }
 
+TEST(PluginInstance, AHostThatKnowsNoRateIsTakenToRunAt44100) {
+    TestHost host;
+    ASSERT_TRUE(host.Instantiate(0.0));
+    host.Activate();
+    host.Run(WithSilenceAround(vocato::test::Sine(440.0, 44100.0, 0.5), 44100.0), {256});
+    EXPECT_EQ(CountNoteOns(host.Events(), 69), 1u);
+    EXPECT_GT(host.Latency(), 0.0f);
+}
+
 TEST(PluginInstance, ARateTheTrackerRefusesGivesSilenceAndZeroLatency) {
     for (double rate : {1000.0, 250000.0}) {
         SCOPED_TRACE(rate);
