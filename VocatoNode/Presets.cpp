@@ -55,6 +55,19 @@ void VocatoNode::ChangePreset(int32_t preset) noexcept {
     SendBendRange(1, static_cast<unsigned char>(TruncToward0<int32_t>(fBendRange.load())), NowMs());
 }
 
+void VocatoNode::SetEngineSwitches(int16_t median, int16_t confirm) noexcept {
+    fMedian = median;
+    fConfirm = confirm;
+    if (fEngine != nullptr) {
+        fEngine->Set(WFET_MEDIAN, fMedian);
+        fEngine->Set(WFET_CONFIRM, fConfirm);
+    }
+}
+
+uint32_t VocatoNode::DecisionDelaySamples() const noexcept {
+    return fEngine != nullptr ? fEngine->DecisionDelaySamples() : 0;
+}
+
 void VocatoNode::RebuildEngine() noexcept {
     // A fresh tracker was built ahead of time; when none is ready (more changes than spares
     // since the last Maintain) the running one is fed again rather than allocating here.

@@ -126,6 +126,12 @@ public:
     // owner calls it regularly (a GUI timer, a host's worker) and after queuing a preset.
     void Maintain();
 
+    // Node thread. The engine's median and confirm switches for a host that changes them
+    // while the node runs (the plugin); the running tracker is told, later ones are fed them.
+    void SetEngineSwitches(int16_t median, int16_t confirm) noexcept;
+    // Node thread. The running tracker's decision delay in samples; 0 without a tracker.
+    uint32_t DecisionDelaySamples() const noexcept;
+
     // --- observers (any thread) ---
     int8_t Channel() const noexcept { return fChannel; }
     int32_t Program() const noexcept { return fProgram.load(std::memory_order_relaxed); }
