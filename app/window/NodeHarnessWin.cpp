@@ -167,7 +167,7 @@ void NodeHarnessWin::RestoreChoices() {
                 {"midiMin", &state_.midiMin}, {"midiMax", &state_.midiMax}};
             const int32_t ids[] = {PARAM_TRANSPOSE, PARAM_BEND_RANGE, PARAM_MIDI_MIN, PARAM_MIDI_MAX};
             for (size_t i = 0; i < std::size(stored); ++i) {
-                if (prefs->HasFloat(stored[i].first)) {
+                if (prefs->HasValue(stored[i].first, FieldType::Float)) {
                     prefs->GetFloat(stored[i].first, *stored[i].second, stored[i].second);
                     HandParameter(ids[i], stored[i].second);
                 }
