@@ -13,6 +13,8 @@ namespace vocato {
 
 NodeHarnessApp::NodeHarnessApp() = default;
 
+NodeHarnessApp::~NodeHarnessApp() { delete window_.data(); }
+
 void NodeHarnessApp::ReadyToRun(WindowOptions options) {
     auto* splash = new ui::AboutWin(artwork_, true);
     // The splash must be on screen while the audio system opens.

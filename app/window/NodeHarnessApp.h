@@ -16,6 +16,8 @@ class NodeHarnessApp final : public QObject, public Handler {
 public:
     // GUI thread. Binds the linked resources.
     NodeHarnessApp();
+    // Destroys the main window if it is still there, so that it writes its settings.
+    ~NodeHarnessApp() override;
 
     // Shows the splash, builds the main window, then lets the splash go.
     void ReadyToRun(WindowOptions options = {});

@@ -5,11 +5,14 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QSocketNotifier>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <csignal>
 #include <memory>
+#include <unistd.h>
 
 namespace vocato {
 
@@ -49,6 +52,37 @@ int ControlPanel(const char* arg) {
     return 0;
 }
 
+// SIGINT and SIGTERM close the window like its close box, so the settings are saved: the
+// handler only writes to a pipe, and the GUI thread does the rest.
+int signalPipe[2] = {-1, -1};
+
+void OnSignal(int) {
+    const char byte = 1;
+    [[maybe_unused]] const ssize_t written = ::write(signalPipe[1], &byte, 1);
+}
+
+void CloseOnSignals(NodeHarnessApp& app, QObject* owner) {
+    if (::pipe(signalPipe) != 0) {
+        return;
+    }
+    auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, owner);
+    QObject::connect(notifier, &QSocketNotifier::activated, owner, [&app] {
+        char byte;
+        [[maybe_unused]] const ssize_t got = ::read(signalPipe[0], &byte, 1);
+        if (app.Window() != nullptr) {
+            app.Window()->close();
+        } else {
+            QApplication::quit();
+        }
+    });
+    struct sigaction action = {};
+    action.sa_handler = OnSignal;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    ::sigaction(SIGINT, &action, nullptr);
+    ::sigaction(SIGTERM, &action, nullptr);
+}
+
 } // namespace
 
 bool IsWindowRole(int argc, char** argv) {
@@ -71,6 +105,7 @@ int RunWindowRole(int argc, char** argv) {
         QApplication application(argc, argv);
         application.setQuitOnLastWindowClosed(false);
         NodeHarnessApp app;
+        CloseOnSignals(app, &application);
         app.ReadyToRun();
         QStringList files;
         for (int i = 1; i < argc; ++i) {

@@ -55,6 +55,37 @@ TEST(WindowRole, NodeArgumentsAskForTheControlPanelAndLeaveTheSettingsAlone) {
         << "no settings file was written";
 }
 
+// On a real X server (Xvfb): the window opens with the sound file of the command line, and
+// a SIGTERM closes it like its close box, leaving the settings written.
+TEST(WindowRole, OnARealDisplayTheWindowOpensAndATerminationSavesTheSettings) {
+    if (std::system("command -v xvfb-run > /dev/null") != 0) {
+        GTEST_SKIP() << "xvfb-run is not installed (package xvfb)";
+    }
+    vocato::test::TempDir dir;
+    const std::string file = dir.File("tone.wav");
+    vocato::test::WriteSoundFile(file, vocato::test::Sine(440, 44100, 0.5), 44100, 1, 0x010002);
+    const std::string script = "env -u QT_QPA_PLATFORM -u WAYLAND_DISPLAY XDG_CONFIG_HOME=" +
+                               dir.Path() + " " VOCATO_EXE " " + file +
+                               " & pid=$!; sleep 3; kill -TERM $pid; wait $pid; echo status=$?";
+    FILE* pipe = popen(("xvfb-run -a sh -c '" + script + "' 2>&1").c_str(), "r");
+    std::string out;
+    std::array<char, 256> chunk;
+    while (size_t n = std::fread(chunk.data(), 1, chunk.size(), pipe)) {
+        out.append(chunk.data(), n);
+    }
+    pclose(pipe);
+    EXPECT_NE(out.find("status=0"), std::string::npos) << out;
+    EXPECT_NE(out.find("Node file ok"), std::string::npos) << "the file was opened: " << out;
+    EXPECT_NE(out.find("Pset"), std::string::npos) << "the window restored its preset: " << out;
+    FILE* settings = std::fopen((dir.Path() + "/Vocato/Vocato").c_str(), "r");
+    ASSERT_NE(settings, nullptr) << out;
+    std::string text(4096, '\0');
+    text.resize(std::fread(text.data(), 1, text.size(), settings));
+    std::fclose(settings);
+    EXPECT_NE(text.find("float \"Transpose\""), std::string::npos) << text;
+    EXPECT_NE(text.find("float \"midiMax\" 72"), std::string::npos) << text;
+}
+
 TEST(WindowRole, ArgumentsThatAreNotTheControlPanelGoElsewhere) {
     vocato::test::TempDir config;
     const Outcome other = Vocato("xnode=12", config.Path());
