@@ -6,6 +6,7 @@
 #include <jack/midiport.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 namespace vocato::media {
@@ -49,8 +50,11 @@ std::unique_ptr<JackClient> JackClient::Open(const Options& options, JackPeriodH
     self->client_ = jack_client_open(options.clientName.c_str(), static_cast<jack_options_t>(flags),
                                      &status, options.serverName.c_str());
     if (self->client_ == nullptr) {
-        error = (status & JackServerFailed) != 0 ? "no JACK server is running"
-                                                 : "the JACK server refused the client";
+        char code[16];
+        std::snprintf(code, sizeof code, "0x%x", static_cast<unsigned>(status));
+        error = (status & JackServerFailed) != 0
+                    ? "no JACK server is running"
+                    : std::string("the JACK server refused the client (status ") + code + ")";
         return nullptr;
     }
     jack_client_t* c = self->client_;
