@@ -9,6 +9,13 @@ const char* const kNames[12] = {"C", "C#", "D", "D#", "E", "F", "F#", "G", "G#",
 
 void NotePrinter::Send(const media::MidiMessage& message, uint32_t stampMs) noexcept {
     const uint8_t status = message.Status();
+    if (status == media::midi::kControlChange && message.bytes[1] == media::midi::kAllNotesOff) {
+        const int channel = (message.bytes[0] & 0x0F) + 1;
+        for (int key = 0; key < 128; ++key) {
+            Send(media::midi::NoteOff(channel, static_cast<uint8_t>(key), 0), stampMs);
+        }
+        return;
+    }
     if (status != media::midi::kNoteOn && status != media::midi::kNoteOff) {
         return;
     }

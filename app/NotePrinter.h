@@ -12,7 +12,8 @@ namespace vocato::app {
 
 class NotePrinter final : public media::MidiSink {
 public:
-    // Node thread. Queues note-ons and the note-offs that end them; a full queue drops.
+    // Node thread. Queues note-ons and the note-offs that end them (All Notes Off ends every
+    // note of its channel); a full queue drops.
     void Send(const media::MidiMessage& message, uint32_t stampMs) noexcept override;
 
     // Owner thread. Prints what was queued: "note on  A4 (69) velocity 100".

@@ -12,6 +12,10 @@
 namespace vocato::media {
 namespace {
 
+// libjack prints its own complaints to standard error, some from the process thread; Vocato
+// reports what matters once, in words, from its own thread.
+void Quiet(const char*) {}
+
 std::string PortName(jack_port_t* port) { return port != nullptr ? jack_port_name(port) : ""; }
 
 // A client that asks its server for ports it does not own: the list is freed here.
@@ -41,6 +45,8 @@ struct JackCallbacks {
 
 std::unique_ptr<JackClient> JackClient::Open(const Options& options, JackPeriodHandler& handler,
                                              std::string& error) {
+    jack_set_error_function(&Quiet);
+    jack_set_info_function(&Quiet);
     std::unique_ptr<JackClient> self(new JackClient(handler));
     jack_status_t status{};
     int flags = JackNoStartServer;
