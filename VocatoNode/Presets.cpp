@@ -10,13 +10,14 @@ void VocatoNode::PresetBaseInstrument(int kind) noexcept {
     if (kind < 0 || kind > 2) {
         return;
     }
+    // Kind 1 (the basses) compares one period instead of two and widens the filters, whose
+    // span is relative to the tracked range; kind 2 (guitars) bends further.
     fLevelMode = WFET_LEVEL_RELATIVE;
     fBendRange.store(kind == 2 ? 6.0f : 2.0f);
     fStartLevelDb.store(-27.0f);
     fHoldLevelDb.store(-40.0f);
     fStartDistance.store(0.2f);
     fHoldDistance.store(0.4f);
-    // Basses ring long and low: one period is enough to decide, and the filters open wider.
     fStartPeriods.store(kind == 1 ? 1.0f : 2.0f);
     fHoldPeriods.store(kind == 1 ? 1.0f : 2.0f);
     fLagWeight.store(0.1f);

@@ -61,12 +61,15 @@ public:
     // Owner's thread, once, before connecting: publishes the input.
     void NodeRegistered();
 
-    // --- consumer side (node thread) ---
+    // --- connection: the owner's thread, while no buffer is being delivered ---
     media::Status AcceptFormat(const media::MediaDestination& dest, media::MediaFormat* format);
     media::Status GetNextInput(int32_t* cookie, media::MediaInput* out);
+    // Runs the engine at the format's rate (44100 Hz when the rate is a wildcard).
     media::Status Connected(const media::MediaSource& src, const media::MediaDestination& dest,
                             const media::MediaFormat& format, media::MediaInput* out);
     void Disconnected(const media::MediaSource& src, const media::MediaDestination& dest);
+
+    // --- buffers (node thread) ---
     void BufferReceived(media::Buffer& buffer) noexcept;
     void ProducerDataStatus(const media::MediaDestination& dest, int32_t status,
                             int64_t at) noexcept;
@@ -119,7 +122,8 @@ public:
     // The same for any channel count: keeps the first channel.
     static void FirstChannelToMono(int16_t* samples, uint32_t frames, uint32_t channels) noexcept;
 
-    // Not the node thread. Frees retired trackers and builds spares for preset changes.
+    // Not the node thread. Frees retired trackers and builds spares for preset changes; the
+    // owner calls it regularly (a GUI timer, a host's worker) and after queuing a preset.
     void Maintain();
 
     // --- observers (any thread) ---

@@ -130,3 +130,24 @@ TEST(Presets, ARateTheEngineRefusesLeavesTheNodeNotReady) {
     rig.Connect(1, 8000.0);
     EXPECT_TRUE(rig.node->EngineReady());
 }
+
+TEST(Presets, TheMedianAndConfirmSwitchesReachEveryFreshEngine) {
+    NodeOptions options;
+    options.internalSynth = false;
+    options.median = 1;
+    options.confirm = 1;
+    auto script = std::make_shared<test::TrackerScript>();
+    options.trackerFactory = [script] { return std::make_unique<test::ScriptedTracker>(script); };
+    VocatoNode node(nullptr, nullptr, "", 1, std::move(options));
+    const int32_t preset = 15;
+    node.SetParameterValue(PARAM_PRESET, 0, &preset, 4);
+    node.RunEvents();
+    size_t median = 0;
+    size_t confirm = 0;
+    for (const auto& [code, value] : script->sets) {
+        median += code == WFET_MEDIAN && value == 1.0;
+        confirm += code == WFET_CONFIRM && value == 1.0;
+    }
+    EXPECT_EQ(median, 2u);
+    EXPECT_EQ(confirm, 2u);
+}
