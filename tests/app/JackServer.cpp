@@ -70,4 +70,10 @@ bool PortExists(const std::string& server, const std::string& port) {
     return std::system(command.c_str()) == 0;
 }
 
+bool PortsConnected(const std::string& server, const std::string& port, const std::string& other) {
+    const std::string command = "jack_lsp -s " + server + " -c " + port +
+                                " 2>/dev/null | grep -qx '   " + other + "'";
+    return std::system(command.c_str()) == 0;
+}
+
 } // namespace vocato::test
