@@ -74,6 +74,7 @@ int RunLive(const LiveOptions& o) {
     }
     session.Tick(stdout, stderr);
     session.Stop();
+    session.Tick(stdout, stderr); // the notes the stop ended
     if (!o.quiet) {
         std::fprintf(stderr, "Stopped; every note ended.\n");
     }

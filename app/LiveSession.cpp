@@ -152,8 +152,10 @@ void LiveSession::Stop() {
         return;
     }
     connector_.reset();
-    // Two periods or more, so that the note-offs reach the JACK port and the synthesizer.
-    std::this_thread::sleep_for(std::chrono::milliseconds(60));
+    // Two periods, so that the note-offs reach the JACK port and the synthesizer.
+    const double rate = audio_.InputRate();
+    const double period = rate > 0.0 ? audio_.InputPeriod() / rate : 0.0;
+    std::this_thread::sleep_for(std::chrono::duration<double>(2 * period + 0.01));
     audio_.Close();
     router_.SetSequencer(nullptr);
     sequencer_.reset();

@@ -9,7 +9,20 @@ const char* const kNames[12] = {"C", "C#", "D", "D#", "E", "F", "F#", "G", "G#",
 
 void NotePrinter::Send(const media::MidiMessage& message, uint32_t stampMs) noexcept {
     const uint8_t status = message.Status();
-    if (status == media::midi::kNoteOn || status == media::midi::kNoteOff) {
+    if (status == media::midi::kControlChange && message.bytes[1] == media::midi::kAllNotesOff) {
+        const int channel = (message.bytes[0] & 0x0F) + 1;
+        for (int key = 0; key < 128; ++key) {
+            Send(media::midi::NoteOff(channel, static_cast<uint8_t>(key), 0), stampMs);
+        }
+        return;
+    }
+    if (status != media::midi::kNoteOn && status != media::midi::kNoteOff) {
+        return;
+    }
+    const bool on = status == media::midi::kNoteOn && message.bytes[2] != 0;
+    bool& sounding = on_[message.bytes[0] & 0x0F][message.bytes[1]];
+    if (on || sounding) {
+        sounding = on;
         queue_.TryPush({message, stampMs});
     }
 }
@@ -20,11 +33,6 @@ void NotePrinter::Print(std::FILE* out) {
         const media::MidiMessage& m = played.message;
         const int key = m.bytes[1];
         const bool on = m.Status() == media::midi::kNoteOn && m.bytes[2] != 0;
-        bool& sounding = on_[m.bytes[0] & 0x0F][key];
-        if (!on && !sounding) {
-            continue;
-        }
-        sounding = on;
         std::fprintf(out, "%s %s%d (%d)", on ? "note on " : "note off", kNames[key % 12],
                      key / 12 - 1, key);
         if (on) {

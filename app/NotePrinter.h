@@ -12,7 +12,8 @@ namespace vocato::app {
 
 class NotePrinter final : public media::MidiSink {
 public:
-    // Node thread. Queues note messages; a full queue drops them.
+    // Node thread. Queues note-ons and the note-offs that end them (All Notes Off ends every
+    // note of its channel); a full queue drops.
     void Send(const media::MidiMessage& message, uint32_t stampMs) noexcept override;
 
     // Owner thread. Prints what was queued: "note on  A4 (69) velocity 100".
@@ -24,8 +25,8 @@ private:
         uint32_t stampMs;
     };
     media::BoundedQueue<Played, 512> queue_;
-    // Owner thread: the keys printed as on, so that the all-notes-off sweep prints only the
-    // notes it ends.
+    // Node thread: the keys sent as on, so that the all-notes-off sweep (a note-off for every
+    // key) queues only the notes it ends.
     bool on_[16][128] = {};
 };
 

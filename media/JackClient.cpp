@@ -6,10 +6,15 @@
 #include <jack/midiport.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 namespace vocato::media {
 namespace {
+
+// libjack prints its own complaints to standard error, some from the process thread; Vocato
+// reports what matters once, in words, from its own thread.
+void Quiet(const char*) {}
 
 std::string PortName(jack_port_t* port) { return port != nullptr ? jack_port_name(port) : ""; }
 
@@ -40,6 +45,8 @@ struct JackCallbacks {
 
 std::unique_ptr<JackClient> JackClient::Open(const Options& options, JackPeriodHandler& handler,
                                              std::string& error) {
+    jack_set_error_function(&Quiet);
+    jack_set_info_function(&Quiet);
     std::unique_ptr<JackClient> self(new JackClient(handler));
     jack_status_t status{};
     int flags = JackNoStartServer;
@@ -49,8 +56,11 @@ std::unique_ptr<JackClient> JackClient::Open(const Options& options, JackPeriodH
     self->client_ = jack_client_open(options.clientName.c_str(), static_cast<jack_options_t>(flags),
                                      &status, options.serverName.c_str());
     if (self->client_ == nullptr) {
-        error = (status & JackServerFailed) != 0 ? "no JACK server is running"
-                                                 : "the JACK server refused the client";
+        char code[16];
+        std::snprintf(code, sizeof code, "0x%x", static_cast<unsigned>(status));
+        error = (status & JackServerFailed) != 0
+                    ? "no JACK server is running"
+                    : std::string("the JACK server refused the client (status ") + code + ")";
         return nullptr;
     }
     jack_client_t* c = self->client_;

@@ -36,9 +36,11 @@ JackServer::JackServer(int period, int rate, const std::string& name, bool realt
         ::dup2(null, STDOUT_FILENO);
         ::dup2(null, STDERR_FILENO);
         // Synchronous mode: every client runs in every cycle even when one is late, so that
-        // frame positions stay exact on a busy machine.
-        ::execlp("jackd", "jackd", "-n", name_.c_str(), realtime ? "-R" : "--no-realtime", "-S", "-d", "dummy", "-r",
-                 r.c_str(), "-p", p.c_str(), static_cast<char*>(nullptr));
+        // frame positions stay exact on a busy machine; and a generous client timeout, so that
+        // a busy machine does not get a slow test client thrown out.
+        ::execlp("jackd", "jackd", "-n", name_.c_str(), realtime ? "-R" : "--no-realtime", "-S",
+                 "-t", "5000", "-d", "dummy", "-r", r.c_str(), "-p", p.c_str(),
+                 static_cast<char*>(nullptr));
         ::_exit(127);
     }
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
@@ -65,6 +67,12 @@ void JackServer::Kill(int signal) {
 
 bool PortExists(const std::string& server, const std::string& port) {
     const std::string command = "jack_lsp -s " + server + " 2>/dev/null | grep -qx '" + port + "'";
+    return std::system(command.c_str()) == 0;
+}
+
+bool PortsConnected(const std::string& server, const std::string& port, const std::string& other) {
+    const std::string command = "jack_lsp -s " + server + " -c " + port +
+                                " 2>/dev/null | grep -qx '   " + other + "'";
     return std::system(command.c_str()) == 0;
 }
 

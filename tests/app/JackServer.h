@@ -30,5 +30,7 @@ private:
 
 // True when `jack_lsp -s name` lists the port.
 bool PortExists(const std::string& server, const std::string& port);
+// True when `jack_lsp -c` lists `other` among the connections of `port`.
+bool PortsConnected(const std::string& server, const std::string& port, const std::string& other);
 
 } // namespace vocato::test

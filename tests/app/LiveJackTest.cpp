@@ -99,6 +99,9 @@ TEST_F(LiveJack, AtStartTheLiveInputIsConnectedAsRawAudioAndBothNodesRun) {
     EXPECT_EQ(c.connection.activeProducer, c.connection.producer);
     EXPECT_EQ(c.connection.format.type, media::MediaType::RawAudio);
     EXPECT_EQ(c.connection.format.raw.frameRate, 44100.0);
+    EXPECT_TRUE(PortsConnected(server.Name(), "Vocato:input", "system:capture_1"));
+    EXPECT_TRUE(PortsConnected(server.Name(), "Vocato:synth_left", "system:playback_1"));
+    EXPECT_TRUE(PortsConnected(server.Name(), "Vocato:synth_right", "system:playback_2"));
     size_t lines = 0;
     for (size_t at = 0; (at = printed.find("le producer n'est pas live\n", at)) != std::string::npos;
          ++at) {
