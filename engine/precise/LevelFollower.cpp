@@ -1,0 +1,71 @@
+#include "LevelFollower.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace vocato::precise {
+namespace {
+
+// The classic engine's envelope decays by 1023/1024 per sample at 44.1 kHz: 23 ms.
+constexpr double kPeakDecaySeconds = 0.0232;
+// Short enough to see an attack within a few milliseconds, long enough to smooth over the
+// periods of a 50 Hz note.
+constexpr double kFastSeconds = 0.004;
+// The floor follows the power down at once and up this slowly, so a rise is measured from the
+// lowest recent power (the gap or the decay before a new attack).
+constexpr double kFloorRiseSeconds = 0.05;
+// An attack is a power rise of 7 dB over the floor; the detector re-arms once the power has
+// settled to within 2 dB of the floor, so one attack fires once.
+const double kAttackRatio = std::pow(10.0, 0.7);
+const double kRearmRatio = std::pow(10.0, 0.2);
+// Rumble and offsets below 20 Hz say nothing about attacks.
+constexpr double kDcCutHz = 20.0;
+// Power below -80 dB full scale is silence, whatever its relative changes.
+constexpr double kSilentPower = 32768.0 * 32768.0 * 1e-8;
+
+} // namespace
+
+void LevelFollower::Configure(double rate) noexcept
+{
+    dcPole_ = std::exp(-2.0 * std::numbers::pi * kDcCutHz / rate);
+    peakDecay_ = std::exp(-1.0 / (kPeakDecaySeconds * rate));
+    fastCoef_ = 1.0 - std::exp(-1.0 / (kFastSeconds * rate));
+    floorRise_ = 1.0 - std::exp(-1.0 / (kFloorRiseSeconds * rate));
+    previousIn_ = previousOut_ = 0.0;
+    peak_ = fastPower_ = floorPower_ = 0.0;
+    armed_ = true;
+}
+
+void LevelFollower::Push(const int16_t* samples, uint32_t count) noexcept
+{
+    for (uint32_t i = 0; i < count; ++i) {
+        const double in = samples[i];
+        const double x = in - previousIn_ + dcPole_ * previousOut_;
+        previousIn_ = in;
+        previousOut_ = x;
+        const double magnitude = std::abs(x);
+        peak_ = magnitude > peak_ ? magnitude : magnitude + peakDecay_ * (peak_ - magnitude);
+        fastPower_ += fastCoef_ * (x * x - fastPower_);
+        floorPower_ = fastPower_ < floorPower_ ? fastPower_ : floorPower_ + floorRise_ * (fastPower_ - floorPower_);
+    }
+}
+
+bool LevelFollower::TakeAttack() noexcept
+{
+    if (fastPower_ < kSilentPower) {
+        armed_ = true;
+        return false;
+    }
+    const double ratio = fastPower_ / std::max(floorPower_, kSilentPower);
+    if (armed_ && ratio > kAttackRatio) {
+        armed_ = false;
+        return true;
+    }
+    if (ratio < kRearmRatio) {
+        armed_ = true;
+    }
+    return false;
+}
+
+} // namespace vocato::precise

@@ -1,0 +1,218 @@
+#include "NoteDecider.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vocato::precise {
+namespace {
+
+// Periodicity (normalised, 1 = exact repetition) needed to start a note and to keep one.
+// Noise scores near 0, a clean tone near 1, a voice with breath or a 20 dB noise floor
+// around 0.9.
+constexpr double kStartClarity = 0.85;
+constexpr double kHoldClarity = 0.6;
+// A note starts once the same nearest note has held steadily this long: half a period of it,
+// and never less than 3 ms, so an attack's first unsettled periods do not start a wrong note.
+constexpr double kConfirmPeriods = 0.5;
+constexpr double kConfirmSeconds = 0.003;
+// Steady means the pitch stays within this span: a glide, or the mixture of a released note
+// with the next one, moves further and restarts the confirmation.
+constexpr double kSteadySpan = 0.35;
+// A note that has sounded for a while ends when its periodicity breaks down to this fraction
+// of what it has been: a new excitation (re-articulation, a new bow or breath, a legato step)
+// does not continue the phase of the old waveform. The next note then needs its own
+// confirmation, so a repeated pitch is struck again.
+constexpr double kBreakRatio = 0.8;
+// The note's typical periodicity is a running mean over about 30 ms of frames.
+constexpr double kClaritySeconds = 0.03;
+// A sounding note changes when the pitch has been this far beyond the half-semitone border
+// for two periods (at least 6 ms); vibrato of +-50 cents around the note stays inside.
+constexpr double kChangeMargin = 0.25;
+constexpr double kChangePeriods = 2.0;
+constexpr double kChangeSeconds = 0.006;
+// Octave jumps are the typical error of period trackers: they must hold twice as long.
+constexpr double kOctaveFactor = 2.0;
+// Short dropouts of periodicity (a consonant, a bow change) do not end a note.
+constexpr double kGapSeconds = 0.008;
+// An attack re-strikes only a note that has sounded this long; 20 notes per second is about
+// the fastest anyone re-articulates one pitch.
+constexpr double kMinNoteSeconds = 0.05;
+
+double PitchOf(double frequency, double refPitch)
+{
+    return 69.0 + 12.0 * std::log2(frequency / refPitch);
+}
+
+int Nearest(double pitch) { return static_cast<int>(std::floor(pitch + 0.5)); }
+
+uint32_t Samples(double seconds, double rate) { return static_cast<uint32_t>(seconds * rate); }
+
+uint32_t PeriodsOr(double periods, double seconds, double frequency, double rate)
+{
+    return std::max(Samples(periods / frequency, rate), Samples(seconds, rate));
+}
+
+int LevelValue(const PreciseSettings& s, double level)
+{
+    if (level <= 1e-20) {
+        return 0;
+    }
+    const double db = 20.0 * std::log10(level / 32768.0);
+    const double value = 127.0 * (1.0 - (s.levelCeilDb - db) / (s.levelCeilDb - s.levelFloorDb));
+    return std::clamp(static_cast<int>(std::clamp(value, -1.0, 128.0)), 0, 127);
+}
+
+} // namespace
+
+void NoteDecider::Reset() noexcept
+{
+    *this = NoteDecider{};
+}
+
+void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& f, WFETMidiOut* out) noexcept
+{
+    out->noteOff = -1;
+    out->noteOn = -1;
+    const double pitch = f.frequency > 0.0 ? PitchOf(f.frequency, s.refPitch) : 0.0;
+    if (sounding_) {
+        DecideSounding(s, f, pitch, out);
+    } else {
+        DecideIdle(s, f, pitch, out);
+    }
+    out->bend = std::clamp<int16_t>(out->bend, 0, 16383);
+    out->expression = std::clamp<int16_t>(out->expression, 0, 127);
+    out->velocity = std::clamp<int16_t>(out->velocity, 0, 127);
+}
+
+void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, double pitch,
+                             WFETMidiOut* out) noexcept
+{
+    const bool voiced = f.frequency > 0.0 && f.clarity >= kStartClarity && f.level > s.startLevel;
+    if (!voiced) {
+        candidate_ = -1;
+        candidateSamples_ = 0;
+        return;
+    }
+    const int nearest = Nearest(pitch);
+    TrackCandidate(nearest, pitch, f.samples);
+    if (candidateSamples_ >= PeriodsOr(kConfirmPeriods, kConfirmSeconds, f.frequency, s.sampleRate)) {
+        StartNote(s, f, nearest, out);
+        WriteBendAndExpression(s, f, pitch, out);
+    }
+}
+
+void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& f, double pitch,
+                                 WFETMidiOut* out) noexcept
+{
+    const bool voiced = f.frequency > 0.0 && f.clarity >= kHoldClarity && f.level > s.holdLevel;
+    if (!voiced) {
+        gapSamples_ += f.samples;
+        if (gapSamples_ >= Samples(kGapSeconds, s.sampleRate)) {
+            EndNote(out);
+        }
+        return;
+    }
+    gapSamples_ = 0;
+    noteSamples_ += f.samples;
+    const bool settled = noteSamples_ >= Samples(kMinNoteSeconds, s.sampleRate);
+    const bool broken = f.clarity < kBreakRatio * noteClarity_;
+    const double weight = std::min(1.0, f.samples / (kClaritySeconds * s.sampleRate));
+    noteClarity_ += weight * (f.clarity - noteClarity_);
+    if (settled && (f.attack || broken)) {
+        // The new attack gets its own confirmation, like any note from silence.
+        EndNote(out);
+        DecideIdle(s, f, pitch, out);
+        return;
+    }
+    soundingFrequency_ = f.frequency;
+    if (std::abs(pitch - note_) > 0.5 + kChangeMargin) {
+        const int nearest = Nearest(pitch);
+        TrackCandidate(nearest, pitch, f.samples);
+        const double factor = std::abs(std::abs(nearest - note_) - 12) <= 1 ? kOctaveFactor : 1.0;
+        if (candidateSamples_ >= factor * PeriodsOr(kChangePeriods, kChangeSeconds, f.frequency, s.sampleRate)) {
+            out->noteOff = static_cast<int16_t>(note_);
+            StartNote(s, f, nearest, out);
+        }
+    } else {
+        candidate_ = -1;
+        candidateSamples_ = 0;
+    }
+    WriteBendAndExpression(s, f, pitch, out);
+}
+
+void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples) noexcept
+{
+    if (nearest == candidate_ && std::max(candidateHigh_, pitch) - std::min(candidateLow_, pitch) <= kSteadySpan) {
+        candidateSamples_ += samples;
+        candidateLow_ = std::min(candidateLow_, pitch);
+        candidateHigh_ = std::max(candidateHigh_, pitch);
+        return;
+    }
+    candidate_ = nearest;
+    candidateSamples_ = samples;
+    candidateLow_ = candidateHigh_ = pitch;
+}
+
+void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept
+{
+    sounding_ = true;
+    note_ = note;
+    noteSamples_ = 0;
+    gapSamples_ = 0;
+    candidate_ = -1;
+    candidateSamples_ = 0;
+    soundingFrequency_ = f.frequency;
+    noteClarity_ = f.clarity;
+    out->noteOn = static_cast<int16_t>(note);
+    const int level = LevelValue(s, f.level);
+    switch (s.levelMode) {
+    case WFET_LEVEL_VELOCITY:
+        out->velocity = static_cast<int16_t>(level);
+        break;
+    case WFET_LEVEL_RELATIVE:
+        out->velocity = static_cast<int16_t>(level);
+        break;
+    case WFET_LEVEL_EXPRESSION:
+        out->velocity = 127;
+        break;
+    default:
+        break;
+    }
+    noteVelocity_ = out->velocity;
+}
+
+void NoteDecider::EndNote(WFETMidiOut* out) noexcept
+{
+    out->noteOff = static_cast<int16_t>(note_);
+    sounding_ = false;
+    gapSamples_ = 0;
+    candidate_ = -1;
+    candidateSamples_ = 0;
+}
+
+void NoteDecider::WriteBendAndExpression(const PreciseSettings& s, const FrameFeatures& f, double pitch,
+                                         WFETMidiOut* out) noexcept
+{
+    const double deviation = std::clamp(pitch - note_, -double(s.bendRange), double(s.bendRange));
+    out->bend = static_cast<int16_t>(deviation * 8191.0 / s.bendRange + 8192.0);
+    const int level = LevelValue(s, f.level);
+    const bool starting = out->noteOn >= 0;
+    switch (s.levelMode) {
+    case WFET_LEVEL_VELOCITY:
+        out->velocity = static_cast<int16_t>(noteVelocity_);
+        out->expression = 127;
+        break;
+    case WFET_LEVEL_RELATIVE:
+        out->velocity = static_cast<int16_t>(noteVelocity_);
+        out->expression = starting ? 96 : static_cast<int16_t>(noteVelocity_ <= 10 ? 127 : level * 96 / noteVelocity_);
+        break;
+    case WFET_LEVEL_EXPRESSION:
+        out->velocity = static_cast<int16_t>(noteVelocity_);
+        out->expression = static_cast<int16_t>(level);
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace vocato::precise

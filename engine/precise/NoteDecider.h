@@ -1,0 +1,59 @@
+// The precise tracker's note decision: turns each frame's pitch, periodicity, level and attack
+// flag into note-off, note-on with velocity, bend and expression.
+//
+// Hysteresis everywhere a wrong decision is costly: a note starts only when the input is
+// clearly periodic, loud enough and has kept the same nearest note for a short confirmation
+// time; it continues while the periodicity and level stay above lower thresholds; it changes
+// only when the pitch has left the sounding note by more than half a semitone plus a margin
+// for a confirmation time (longer for an octave, the typical tracking error); it ends after a
+// short unvoiced gap, not on one bad frame; and a new attack re-strikes it.
+//
+// Thread contract: audio thread only; never allocates.
+#pragma once
+
+#include "PreciseSettings.h"
+#include "WFET.h"
+
+#include <cstdint>
+
+namespace vocato::precise {
+
+struct FrameFeatures {
+    double frequency = 0.0; // Hz, 0 = none
+    double clarity = 0.0;
+    double level = 0.0;     // peak envelope, 16-bit scale
+    bool attack = false;
+    uint32_t samples = 0;   // samples this frame covers
+};
+
+class NoteDecider {
+public:
+    void Reset() noexcept;
+    void Decide(const PreciseSettings& settings, const FrameFeatures& frame, WFETMidiOut* out) noexcept;
+
+    // The sounding note's current fine pitch in Hz, 0 when idle; the analysis keeps to it.
+    double SoundingFrequency() const noexcept { return sounding_ ? soundingFrequency_ : 0.0; }
+
+private:
+    void DecideIdle(const PreciseSettings& s, const FrameFeatures& f, double pitch, WFETMidiOut* out) noexcept;
+    void DecideSounding(const PreciseSettings& s, const FrameFeatures& f, double pitch, WFETMidiOut* out) noexcept;
+    void TrackCandidate(int nearest, double pitch, uint32_t samples) noexcept;
+    void StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept;
+    void EndNote(WFETMidiOut* out) noexcept;
+    void WriteBendAndExpression(const PreciseSettings& s, const FrameFeatures& f, double pitch,
+                                WFETMidiOut* out) noexcept;
+
+    bool sounding_ = false;
+    int note_ = 0;
+    int noteVelocity_ = 0;
+    uint32_t noteSamples_ = 0;
+    uint32_t gapSamples_ = 0;
+    int candidate_ = -1;
+    uint32_t candidateSamples_ = 0;
+    double candidateLow_ = 0.0;
+    double candidateHigh_ = 0.0;
+    double noteClarity_ = 0.0;
+    double soundingFrequency_ = 0.0;
+};
+
+} // namespace vocato::precise

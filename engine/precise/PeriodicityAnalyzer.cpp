@@ -1,0 +1,209 @@
+#include "PeriodicityAnalyzer.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vocato::precise {
+namespace {
+
+// Capacity for the worst configuration the parameter codes allow: 200 kHz without
+// decimation and a lowest frequency of 14 Hz (below MIDI note 11).
+constexpr int kRingSize = 1 << 16;
+constexpr uint64_t kRingMask = kRingSize - 1;
+constexpr int kMaxLag = 15000;
+constexpr int kMaxKeyMaxima = 512;
+constexpr double kLowestFrequency = 14.0;
+
+// Each lag is compared over this many of its own periods. Two periods average out the
+// period-to-period jitter of a voice; one reacts sooner. Latency grows with it.
+constexpr double kWindowPeriods = 1.0;
+// The decimated stream keeps at least 3 kHz of the spectrum (several harmonics of any sung
+// note) and at least 1.6 times the highest tracked fundamental.
+constexpr double kMinAnalysisRate = 6000.0;
+constexpr double kRateOverHighest = 3.2;
+// Low-pass cut-off as a fraction of the decimated rate: below its Nyquist frequency by enough
+// for a sixth-order Butterworth to keep aliases 30 dB down.
+constexpr double kCutoffFraction = 0.4;
+// McLeod's key-maximum rule: the shortest lag whose periodicity is within this factor of the
+// best one wins, which keeps the tracker off the sub-octaves (2, 3 ... periods) that match
+// as well as the period itself.
+constexpr double kPickFactor = 0.9;
+// A sounding note keeps its own lag against an octave jump while its periodicity stays within
+// this factor of the best: a weak fundamental must not flip the note.
+constexpr double kKeepFactor = 0.75;
+// Samples are quantised at four times the 16-bit resolution; the sums then stay exact in
+// 64 bits for any window the ring can hold.
+constexpr double kQuantScale = 4.0;
+constexpr int32_t kQuantLimit = 1 << 20;
+
+} // namespace
+
+PeriodicityAnalyzer::PeriodicityAnalyzer()
+    : ring_(kRingSize, 0), energy_(kRingSize, 0), sums_(kMaxLag + 2, 0), window_(kMaxLag + 2, 1),
+      normalised_(kMaxLag + 2, 0.0), keyMaxima_(kMaxKeyMaxima)
+{
+    Configure(44100.0, 55.0, 1760.0);
+}
+
+void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq) noexcept
+{
+    double low = std::max(std::min(minFreq, maxFreq), kLowestFrequency);
+    double high = std::min(std::max(minFreq, maxFreq), 0.45 * rate);
+    low = std::min(low, high / 1.06);
+
+    decimation_ = std::max(1, static_cast<int>(rate / std::max(kMinAnalysisRate, kRateOverHighest * high)));
+    analysisRate_ = rate / decimation_;
+    minLag_ = std::max(2, static_cast<int>(analysisRate_ / high * 0.97));
+    maxLag_ = std::min(kMaxLag, static_cast<int>(std::ceil(analysisRate_ / low)) + 1);
+    minLag_ = std::min(minLag_, maxLag_ - 1);
+    for (int lag = 1; lag <= maxLag_ + 1; ++lag) {
+        window_[lag] = std::max(2, static_cast<int>(std::ceil(kWindowPeriods * lag)));
+    }
+
+    highPass_.SetHighPass(rate, 0.5 * low, std::numbers::sqrt2 / 2.0);
+    // Butterworth sixth order as three sections: Q = 1 / (2 cos(k pi / 12)), k = 1, 3, 5.
+    const double cutoff = std::min(kCutoffFraction * analysisRate_, 0.45 * rate);
+    const double q[3] = {0.5176380902, 0.7071067812, 1.9318516526};
+    for (int i = 0; i < 3; ++i) {
+        lowPass_[i].SetLowPass(rate, cutoff, q[i]);
+    }
+    std::fill(ring_.begin(), ring_.end(), 0);
+    std::fill(energy_.begin(), energy_.end(), 0);
+    std::fill(sums_.begin(), sums_.end(), 0);
+    phase_ = 0;
+    count_ = 0;
+}
+
+void PeriodicityAnalyzer::Push(const int16_t* samples, uint32_t count) noexcept
+{
+    for (uint32_t i = 0; i < count; ++i) {
+        double y = highPass_.Run(samples[i]);
+        for (Biquad& section : lowPass_) {
+            y = section.Run(y);
+        }
+        if (++phase_ < decimation_) {
+            continue;
+        }
+        phase_ = 0;
+        const double scaled = std::clamp(y * kQuantScale, -double(kQuantLimit), double(kQuantLimit));
+        PushDecimated(static_cast<int32_t>(std::lround(scaled)));
+    }
+}
+
+void PeriodicityAnalyzer::PushDecimated(int32_t value) noexcept
+{
+    const uint64_t t = count_++;
+    ring_[t & kRingMask] = value;
+    energy_[t & kRingMask] = energy_[(t - 1) & kRingMask] + uint64_t(int64_t(value) * value);
+    // Before the first sample the ring holds zeros, so the sums treat the past as silence.
+    const int32_t* x = ring_.data();
+    for (int lag = 1; lag <= maxLag_ + 1; ++lag) {
+        const uint64_t w = uint64_t(window_[lag]);
+        const int64_t enter = int64_t(value) - x[(t - lag) & kRingMask];
+        const int64_t leave = int64_t(x[(t - w) & kRingMask]) - x[(t - w - lag) & kRingMask];
+        sums_[lag] += enter * enter - leave * leave;
+    }
+}
+
+void PeriodicityAnalyzer::ComputeNormalised() noexcept
+{
+    const uint64_t t = count_ - 1;
+    const uint64_t now = energy_[t & kRingMask];
+    for (int lag = 1; lag <= maxLag_ + 1; ++lag) {
+        const uint64_t w = uint64_t(window_[lag]);
+        const uint64_t recent = now - energy_[(t - w) & kRingMask];
+        const uint64_t earlier = energy_[(t - lag) & kRingMask] - energy_[(t - lag - w) & kRingMask];
+        const double total = double(recent) + double(earlier);
+        normalised_[lag] = total > 0.0 ? 1.0 - double(sums_[lag]) / total : 0.0;
+    }
+}
+
+int PeriodicityAnalyzer::FindKeyMaxima() noexcept
+{
+    // The lobe around lag 0 is no period: key maxima start after the function first goes
+    // negative, and each positive lobe after that contributes its highest point.
+    int count = 0;
+    bool seenNegative = false;
+    bool inLobe = false;
+    KeyMaximum lobe{0, 0.0};
+    auto record = [&](const KeyMaximum& m) {
+        if (m.lag >= minLag_ && m.lag <= maxLag_ && count < kMaxKeyMaxima) {
+            keyMaxima_[count++] = m;
+        }
+    };
+    for (int lag = 1; lag <= maxLag_ + 1; ++lag) {
+        const double v = normalised_[lag];
+        if (!seenNegative) {
+            seenNegative = v < 0.0;
+            continue;
+        }
+        if (v > 0.0) {
+            if (!inLobe || v > lobe.value) {
+                lobe = {lag, v};
+            }
+            inLobe = true;
+        } else if (inLobe) {
+            record(lobe);
+            inLobe = false;
+        }
+    }
+    if (inLobe && lobe.lag <= maxLag_) {
+        record(lobe);
+    }
+    return count;
+}
+
+int PeriodicityAnalyzer::ChooseKeyMaximum(int count, double preferredFrequency) const noexcept
+{
+    double best = 0.0;
+    for (int i = 0; i < count; ++i) {
+        best = std::max(best, keyMaxima_[i].value);
+    }
+    int chosen = 0;
+    while (keyMaxima_[chosen].value < kPickFactor * best) {
+        ++chosen;
+    }
+    if (preferredFrequency <= 0.0) {
+        return chosen;
+    }
+    const double preferredLag = analysisRate_ / preferredFrequency;
+    int nearest = -1;
+    double nearestDistance = 0.0;
+    for (int i = 0; i < count; ++i) {
+        const double distance = std::abs(std::log2(keyMaxima_[i].lag / preferredLag));
+        if (nearest < 0 || distance < nearestDistance) {
+            nearest = i;
+            nearestDistance = distance;
+        }
+    }
+    // Within a whole tone of the sounding note, and the choice is an octave-like jump away.
+    const double jump = std::abs(std::log2(double(keyMaxima_[chosen].lag) / keyMaxima_[nearest].lag));
+    if (nearestDistance < 2.0 / 12.0 && jump > 0.5 && keyMaxima_[nearest].value >= kKeepFactor * best) {
+        return nearest;
+    }
+    return chosen;
+}
+
+PeriodEstimate PeriodicityAnalyzer::Analyse(double preferredFrequency) noexcept
+{
+    if (count_ == 0) {
+        return {};
+    }
+    ComputeNormalised();
+    const int count = FindKeyMaxima();
+    if (count == 0) {
+        return {};
+    }
+    const KeyMaximum peak = keyMaxima_[ChooseKeyMaximum(count, preferredFrequency)];
+    // Parabolic interpolation through the peak and its neighbours.
+    const double a = normalised_[peak.lag - 1];
+    const double b = peak.value;
+    const double c = normalised_[peak.lag + 1];
+    const double curvature = a - 2.0 * b + c;
+    double shift = curvature < 0.0 ? 0.5 * (a - c) / curvature : 0.0;
+    shift = std::clamp(shift, -0.5, 0.5);
+    const double lag = peak.lag + shift;
+    return {analysisRate_ / lag, std::min(1.0, b - 0.25 * (a - c) * shift)};
+}
+
+} // namespace vocato::precise

@@ -1,0 +1,75 @@
+#include "PreciseTracker.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+namespace vocato::precise {
+
+PreciseTracker::PreciseTracker()
+{
+    ApplyGeometry();
+}
+
+int32_t PreciseTracker::Set(int16_t code, double value) noexcept
+{
+    return settings_.Set(code, value);
+}
+
+void PreciseTracker::ApplyGeometry() noexcept
+{
+    if (appliedGeometry_ == settings_.geometryVersion) {
+        return;
+    }
+    appliedGeometry_ = settings_.geometryVersion;
+    periodicity_.Configure(settings_.sampleRate, settings_.minFreq, settings_.maxFreq);
+    level_.Configure(settings_.sampleRate);
+}
+
+void PreciseTracker::Process(const int16_t* samples, uint32_t byteCount) noexcept
+{
+    ApplyGeometry();
+    const uint32_t count = byteCount / 2;
+    periodicity_.Push(samples, count);
+    level_.Push(samples, count);
+    samplesSinceCalc_ += count;
+}
+
+void PreciseTracker::Calc(WFETMidiOut* out) noexcept
+{
+    ApplyGeometry();
+    const PeriodEstimate estimate = periodicity_.Analyse(decider_.SoundingFrequency());
+    FrameFeatures frame;
+    frame.frequency = estimate.frequency;
+    frame.clarity = estimate.clarity;
+    frame.level = level_.Peak();
+    frame.attack = level_.TakeAttack();
+    frame.samples = samplesSinceCalc_;
+    samplesSinceCalc_ = 0;
+    decider_.Decide(settings_, frame, out);
+}
+
+uint32_t PreciseTracker::DecisionDelaySamples() const noexcept
+{
+    // A note in the middle of the range (geometric mean) is found once the window of its
+    // periods is filled and it has held for the confirmation time: about three periods.
+    const double lo = std::max(14.0, std::min(settings_.minFreq, settings_.maxFreq));
+    const double hi = std::max(settings_.minFreq, settings_.maxFreq);
+    const double period = settings_.sampleRate / std::sqrt(lo * hi);
+    return static_cast<uint32_t>(3.0 * period) + kWFETFrameSamples;
+}
+
+} // namespace vocato::precise
+
+namespace vocato {
+
+std::unique_ptr<PitchTracker> MakePreciseTracker()
+{
+    try {
+        return std::make_unique<precise::PreciseTracker>();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+} // namespace vocato
