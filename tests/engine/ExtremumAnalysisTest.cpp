@@ -1,0 +1,208 @@
+#include "EngineTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+namespace {
+
+using namespace enginetest;
+
+// Makes both filters pass samples unchanged, so a test controls the filtered signal exactly.
+void MakeFiltersTransparent(WFETState* s) {
+    for (TiaRBiquadFloat* f : {s->lowPass, s->highPass}) {
+        f->feed0 = 1;
+        f->feed1 = f->feed2 = f->feedback1 = f->feedback2 = 0;
+    }
+}
+
+void Feed(WFETState* s, const std::vector<int16_t>& samples) {
+    WFETProcess(s, samples.data(), static_cast<uint32_t>(samples.size() * 2));
+}
+
+// One period of 100 samples of a 441 Hz sine at 44.1 kHz, repeated exactly.
+std::vector<int16_t> ExactSine441(int periods) {
+    std::vector<int16_t> out;
+    for (int p = 0; p < periods; ++p) {
+        for (int i = 0; i < 100; ++i) {
+            out.push_back(static_cast<int16_t>(std::lround(10000 * std::sin(2 * std::numbers::pi * i / 100))));
+        }
+    }
+    return out;
+}
+
+TEST(ExtremumRing, AFirstNegativeSampleRecordsAMaximumOfZeroInEntryZero) {
+    EnginePtr s = NewEngine();
+    Feed(s.get(), {-1000});
+    EXPECT_EQ(s->head, 0u);
+    const WFETExtremum& e = s->extrema[0];
+    EXPECT_EQ(e.kind, 1);
+    EXPECT_EQ(e.value, 0);
+    EXPECT_EQ(e.interval, 0);
+    EXPECT_EQ(e.before, 0);
+    EXPECT_LT(e.after, 0);
+    EXPECT_EQ(e.after, s->prev1);
+    EXPECT_EQ(e.swing, 0);
+}
+
+TEST(ExtremumRing, AFallWithALevelStepRecordsAMinimumThenAMaximumOnTheStep) {
+    EnginePtr s = NewEngine();
+    MakeFiltersTransparent(s.get());
+    Feed(s.get(), {5, 3, 3, 1});
+    ASSERT_EQ(s->head, 2u);
+    EXPECT_EQ(s->extrema[0].kind, 1); // the 5
+    EXPECT_EQ(s->extrema[0].value, 5);
+    EXPECT_EQ(s->extrema[1].kind, 0); // the first 3
+    EXPECT_EQ(s->extrema[1].value, 3);
+    EXPECT_EQ(s->extrema[1].interval, 1);
+    EXPECT_EQ(s->extrema[1].swing, 2);
+    EXPECT_EQ(s->extrema[2].kind, 1); // the second 3
+    EXPECT_EQ(s->extrema[2].interval, 1);
+    EXPECT_EQ(s->extrema[2].before, 3);
+    EXPECT_EQ(s->extrema[2].after, 1);
+    EXPECT_EQ(s->samplesSinceCalc, 4);
+}
+
+TEST(ExtremumRing, ARiseWithALevelStepRecordsNothing) {
+    EnginePtr s = NewEngine();
+    MakeFiltersTransparent(s.get());
+    Feed(s.get(), {1, 2, 2, 3});
+    EXPECT_EQ(s->head, 511u);
+    EXPECT_EQ(s->sinceLast, 4u);
+}
+
+TEST(ExtremumRing, AnOddTrailingByteIsIgnored) {
+    EnginePtr s = NewEngine();
+    const int16_t samples[2] = {100, 200};
+    WFETProcess(s.get(), samples, 3);
+    EXPECT_EQ(s->samplesSinceCalc, 1);
+}
+
+TEST(PitchAnalysis, SilenceFindsNoReferenceAndStaysUnvoiced) {
+    EnginePtr s = NewEngine();
+    ConfigureVoice(s.get());
+    const Trace t = RunEngine(s.get(), std::vector<int16_t>(44100, 0));
+    EXPECT_TRUE(t.events.empty());
+    EXPECT_EQ(s->distance, kWFETNoDistance);
+    EXPECT_EQ(s->frequency, -1);
+    EXPECT_EQ(s->head, 511u);
+}
+
+TEST(PitchAnalysis, ASine441HasExtremaEvery50SamplesAndAFrequencyNear441) {
+    EnginePtr s = NewEngine();
+    ConfigureVoice(s.get());
+    WFETMidiOut out{};
+    const std::vector<int16_t> tone = Render({.frequency = 441, .seconds = 0.5});
+    for (size_t i = 0; i + 16 <= tone.size(); i += 16) {
+        WFETProcess(s.get(), tone.data() + i, 32);
+        WFETCalc(s.get(), &out);
+    }
+    for (int k = 1; k < 20; ++k) {
+        EXPECT_EQ(s->extrema[(s->head - k) & 511].interval, 50) << k;
+    }
+    EXPECT_EQ(s->period, 100);
+    EXPECT_NEAR(Cents(s->frequency, 441), 0, 1);
+}
+
+TEST(PitchAnalysis, TheSearchExaminesBothPeriodBoundsAndStopsBeyondTheLongest) {
+    struct Case {
+        int32_t shortest, longest;
+        double expectedPeriod;
+    };
+    for (const Case c : {Case{100, 801, 100}, Case{25, 100, 100}, Case{101, 801, 200}, Case{25, 99, 0}}) {
+        EnginePtr s = NewEngine();
+        MakeFiltersTransparent(s.get());
+        Feed(s.get(), ExactSine441(20));
+        s->minPeriod[0] = c.shortest;
+        s->maxPeriod[0] = c.longest;
+        WFETMidiOut out{};
+        WFETCalc(s.get(), &out);
+        if (c.expectedPeriod == 0) {
+            EXPECT_EQ(s->distance, kWFETNoDistance) << c.longest;
+            EXPECT_EQ(s->frequency, -1);
+        } else {
+            EXPECT_EQ(s->period, c.expectedPeriod) << c.shortest << ".." << c.longest;
+            EXPECT_NEAR(s->frequency, 44100 / c.expectedPeriod, 0.5);
+        }
+    }
+}
+
+TEST(PitchAnalysis, OnEqualScoresTheNearerCandidateStays) {
+    EnginePtr s = NewEngine();
+    MakeFiltersTransparent(s.get());
+    Feed(s.get(), ExactSine441(20));
+    // Without a lag penalty an exact repetition scores 0 at lags 100, 200, 300, ...
+    s->lagWeight[0] = 0;
+    WFETMidiOut out{};
+    WFETCalc(s.get(), &out);
+    EXPECT_EQ(s->distance, 0);
+    EXPECT_EQ(s->period, 100);
+}
+
+TEST(PitchAnalysis, IdenticalSequencesMergeIntoAlternatingStreamsWithNoTimeDifference) {
+    EnginePtr s = NewEngine();
+    MakeFiltersTransparent(s.get());
+    Feed(s.get(), ExactSine441(20));
+    WFETForces(s.get());
+    const int32_t ref = WFETRef(s.get());
+    ASSERT_GE(ref, 0);
+    WFETTimeLags(s.get(), static_cast<uint32_t>(ref));
+    const uint32_t cand = (static_cast<uint32_t>(ref) - 2) & 511;
+    EXPECT_EQ(s->extrema[cand].lag, -100);
+
+    WFETMergeEntry list[kWFETMergeSize];
+    const int32_t n = WFETCopy(s.get(), list, static_cast<uint32_t>(ref), cand);
+    const int entries = n + 1;
+    EXPECT_EQ(entries % 2, 0);
+    EXPECT_GE(entries, 4);
+    for (int i = 0; i < entries; ++i) {
+        EXPECT_EQ(list[i].stream, i % 2) << i;
+        if (i % 2 == 1) {
+            EXPECT_EQ(list[i].time, list[i - 1].time);
+            EXPECT_EQ(list[i].kind, list[i - 1].kind);
+        }
+    }
+    // The comparison covers periods[0] (4 by default) times the lag.
+    EXPECT_EQ(list[entries - 2].time, -400);
+    EXPECT_EQ(WFETDistCalc(s.get(), list, n, 100, s->peakEnv), 0);
+}
+
+TEST(PitchAnalysis, UnpairedExtremaCostTheirForceTimesThePenalty) {
+    EnginePtr s = NewEngine();
+    const WFETMergeEntry list[4] = {{1, 0, 0, 2.0, 10}, {0, 0, -5, 3.0, 4}, {1, 0, 0, 1, 10}, {0, 1, -7, 1, 6}};
+    // Pair 0 shares a stream: (2 + 3) x 4 = 20. Pair 1 spans both: |10 - 6| = 4, |0 + 7| = 7.
+    const double d = WFETDistCalc(s.get(), list, 3, 9, 2.0);
+    EXPECT_DOUBLE_EQ(d, 24.0 / 2.0 / 3 + 7.0 / (10 * 3));
+}
+
+TEST(PitchAnalysis, InterpolationFindsTheVertexOfTheParabola) {
+    const WFETExtremum flat{1, 0, 0, 5, 5, 5, 0, 0};
+    EXPECT_EQ(WFETInterpol(&flat), 0);
+    const WFETExtremum symmetric{1, 0, 0, 2, 1, 1, 0, 0};
+    EXPECT_EQ(WFETInterpol(&symmetric), 0);
+    const WFETExtremum leaning{1, 0, 0, 1, 0, 0.5, 0, 0};
+    EXPECT_DOUBLE_EQ(WFETInterpol(&leaning), 1.0 / 6);
+}
+
+TEST(PitchAnalysis, TheReferenceIsTheMostProminentOfTheSevenNewestWithTiesToTheNewer) {
+    EnginePtr s = NewEngine();
+    s->head = 20;
+    for (int k = 0; k <= 8; ++k) {
+        s->extrema[20 - k].swing = 1;
+    }
+    s->extrema[15].swing = 5;
+    s->extrema[14].swing = 5;
+    s->extrema[16].swing = 5;
+    WFETForces(s.get());
+    // Record 15 has swings 5 (own) and 5 (the next, 16): force 5. Record 14 likewise has 5 and 5.
+    EXPECT_EQ(WFETRef(s.get()), 15);
+    for (int k = 0; k <= 8; ++k) {
+        s->extrema[20 - k].swing = 0;
+    }
+    WFETForces(s.get());
+    EXPECT_EQ(WFETRef(s.get()), -1);
+}
+
+} // namespace

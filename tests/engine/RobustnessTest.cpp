@@ -1,0 +1,109 @@
+// Hostile input: random samples and random parameter values never crash the engine (the
+// sanitizer build catches reads outside the ring) and every output stays in its range.
+#include "EngineTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+namespace {
+
+using namespace enginetest;
+
+void ExpectInRange(const WFETMidiOut& out) {
+    ASSERT_GE(out.noteOff, -1);
+    ASSERT_GE(out.noteOn, -1);
+    ASSERT_GE(out.velocity, 0);
+    ASSERT_LE(out.velocity, 127);
+    ASSERT_GE(out.bend, 0);
+    ASSERT_LE(out.bend, 16383);
+    ASSERT_GE(out.expression, 0);
+    ASSERT_LE(out.expression, 127);
+}
+
+double HostileValue(std::mt19937& rng) {
+    constexpr double specials[] = {0.0,
+                                   -0.0,
+                                   1e-300,
+                                   -1e-300,
+                                   1e300,
+                                   -1e300,
+                                   std::numeric_limits<double>::infinity(),
+                                   -std::numeric_limits<double>::infinity(),
+                                   std::numeric_limits<double>::quiet_NaN(),
+                                   std::numeric_limits<double>::denorm_min()};
+    std::uniform_int_distribution<int> pick(0, 3);
+    switch (pick(rng)) {
+    case 0:
+        return specials[std::uniform_int_distribution<size_t>(0, std::size(specials) - 1)(rng)];
+    case 1:
+        return std::uniform_real_distribution<double>(-200, 200)(rng);
+    case 2:
+        return std::uniform_real_distribution<double>(-2, 2)(rng);
+    default:
+        return std::uniform_real_distribution<double>(-300000, 300000)(rng);
+    }
+}
+
+TEST(Robustness, RandomSamplesAndParametersKeepEveryOutputInRange) {
+    std::mt19937 rng(1234);
+    std::uniform_int_distribution<int> code(-2, 45);
+    std::uniform_int_distribution<int> sample(-32768, 32767);
+    std::uniform_int_distribution<int> style(0, 3);
+    for (int round = 0; round < 40; ++round) {
+        EnginePtr s = NewEngine();
+        ConfigureVoice(s.get());
+        WFETMidiOut out{-1, -1, 0, 8192, 0};
+        std::vector<int16_t> chunk(16);
+        for (int frame = 0; frame < 3000; ++frame) {
+            if (frame % 50 == 0) {
+                WFETSet(s.get(), static_cast<int16_t>(code(rng)), HostileValue(rng));
+            }
+            const int kind = style(rng);
+            for (size_t i = 0; i < chunk.size(); ++i) {
+                // Full-scale noise, square-ish extremes, or a slow ramp.
+                chunk[i] = kind == 0   ? static_cast<int16_t>(sample(rng))
+                           : kind == 1 ? static_cast<int16_t>((frame / 3 + i) % 2 ? 32767 : -32768)
+                           : kind == 2 ? static_cast<int16_t>((frame * 16 + i) % 400 - 200)
+                                       : int16_t{0};
+            }
+            const uint32_t bytes = std::uniform_int_distribution<uint32_t>(0, 32)(rng);
+            WFETProcess(s.get(), chunk.data(), bytes);
+            WFETCalc(s.get(), &out);
+            ExpectInRange(out);
+            ASSERT_LT(s->head, static_cast<uint32_t>(kWFETRingSize));
+        }
+    }
+}
+
+TEST(Robustness, NotesAlwaysEndWithTheNoteThatStarted) {
+    std::mt19937 rng(99);
+    EnginePtr s = NewEngine();
+    ConfigureVoice(s.get());
+    WFETSet(s.get(), WFET_START_LEVEL_DB, -60);
+    WFETSet(s.get(), WFET_START_DISTANCE, 1.9);
+    std::vector<int16_t> signal;
+    for (int burst = 0; burst < 60; ++burst) {
+        const double note = std::uniform_real_distribution<double>(40, 70)(rng);
+        const auto tone = Render({.frequency = NoteFrequency(note), .seconds = 0.05 + 0.01 * (burst % 7),
+                                  .levelDb = -3.0 - burst % 30, .harmonics = {1, 0.7, 0.2}});
+        signal.insert(signal.end(), tone.begin(), tone.end());
+    }
+    signal.resize(signal.size() + 44100, 0);
+    int16_t sounding = -1;
+    for (const Event& e : RunEngine(s.get(), signal).events) {
+        if (e.noteOff >= 0) {
+            ASSERT_EQ(e.noteOff, sounding) << "frame " << e.frame;
+            sounding = -1;
+        }
+        if (e.noteOn >= 0) {
+            ASSERT_EQ(sounding, -1) << "a second note started over a sounding one";
+            sounding = e.noteOn;
+        }
+    }
+    EXPECT_EQ(sounding, -1) << "a note was left hanging after the silence";
+}
+
+} // namespace

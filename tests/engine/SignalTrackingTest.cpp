@@ -1,0 +1,192 @@
+// The engine on generated signals: pitch error in cents, note events, and independence from
+// how the input is cut into buffers.
+#include "EngineTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <string>
+
+namespace {
+
+using namespace enginetest;
+
+// Warm-up before pitch is judged: filters, envelopes and enough periods for a match.
+constexpr size_t kWarmUpFrames = 200;
+
+struct Shape {
+    std::string name;
+    std::vector<double> harmonics;
+};
+
+struct GridCase {
+    Shape shape;
+    double note;
+    double levelDb;
+};
+
+void PrintTo(const GridCase& c, std::ostream* os) {
+    *os << c.shape.name << " note " << c.note << " at " << c.levelDb << " dBFS";
+}
+
+std::string GridName(const ::testing::TestParamInfo<GridCase>& info) {
+    const GridCase& c = info.param;
+    return c.shape.name + "_note" + std::to_string(static_cast<int>(c.note)) + "_" +
+           std::to_string(static_cast<int>(-c.levelDb)) + "dB";
+}
+
+class SteadyToneGrid : public ::testing::TestWithParam<GridCase> {};
+
+TEST_P(SteadyToneGrid, StartsOneNoteOnTheRightPitchWithinAFewCents) {
+    const GridCase& c = GetParam();
+    EnginePtr s = NewEngine();
+    ConfigureVoice(s.get());
+    const double f = NoteFrequency(c.note);
+    const Trace t =
+        RunEngine(s.get(), Render({.frequency = f, .seconds = 1.0, .levelDb = c.levelDb, .harmonics = c.shape.harmonics}));
+
+    std::vector<int16_t> starts;
+    for (const Event& e : t.events) {
+        if (e.noteOn >= 0) {
+            starts.push_back(e.noteOn);
+        }
+    }
+    ASSERT_FALSE(starts.empty());
+    EXPECT_EQ(starts.front(), static_cast<int16_t>(c.note));
+    EXPECT_EQ(starts.size(), 1u) << "the note was re-struck";
+
+    double worst = 0;
+    for (size_t i = kWarmUpFrames; i < t.frequencies.size(); ++i) {
+        ASSERT_GT(t.frequencies[i], 0) << "unvoiced at frame " << i;
+        worst = std::max(worst, std::fabs(Cents(t.frequencies[i], f)));
+    }
+    EXPECT_LT(worst, 5.0) << "cents";
+}
+
+const Shape kSine{"sine", {1.0}};
+const Shape kThreeHarmonics{"harmonics", {1.0, 0.5, 0.33}};
+const Shape kWeakFundamental{"weakFundamental", {0.2, 1.0, 0.6}};
+
+INSTANTIATE_TEST_SUITE_P(
+    VoiceRange, SteadyToneGrid,
+    ::testing::Values(GridCase{kSine, 45, -6}, GridCase{kSine, 57, -20}, GridCase{kSine, 69, -6},
+                      GridCase{kThreeHarmonics, 45, -6}, GridCase{kThreeHarmonics, 60, -12},
+                      GridCase{kThreeHarmonics, 69, -20}, GridCase{kWeakFundamental, 50, -6},
+                      GridCase{kWeakFundamental, 62, -12}),
+    GridName);
+
+TEST(SignalTracking, A441HzToneGivesExactlyOneNoteOnAndANoteOffSoonAfterItStops) {
+    EnginePtr s = NewEngine();
+    ConfigureVoice(s.get());
+    std::vector<int16_t> signal = Render({.frequency = 441, .seconds = 0.5});
+    const size_t toneFrames = signal.size() / 16;
+    signal.resize(signal.size() + 22050, 0);
+    const Trace t = RunEngine(s.get(), signal);
+    ASSERT_EQ(t.events.size(), 2u);
+    EXPECT_EQ(t.events[0].noteOn, 69);
+    EXPECT_EQ(t.events[0].noteOff, -1);
+    EXPECT_EQ(t.events[0].velocity, 127);
+    EXPECT_LT(t.events[0].frame, 40u) << "the start took too long";
+    EXPECT_EQ(t.events[1].noteOff, 69);
+    EXPECT_EQ(t.events[1].noteOn, -1);
+    EXPECT_GT(t.events[1].frame, toneFrames);
+    EXPECT_LT(t.events[1].frame, toneFrames + 150);
+}
+
+TEST(SignalTracking, ALeapBeyondTheBendRangeRestrikesTheNewNote) {
+    EnginePtr s = NewEngine();
+    ConfigureVoice(s.get());
+    std::vector<int16_t> signal = Render({.frequency = NoteFrequency(57), .seconds = 0.5});
+    const std::vector<int16_t> high = Render({.frequency = NoteFrequency(64), .seconds = 0.5});
+    signal.insert(signal.end(), high.begin(), high.end());
+    const Trace t = RunEngine(s.get(), signal);
+    std::vector<int16_t> ons;
+    for (const Event& e : t.events) {
+        if (e.noteOn >= 0) {
+            ons.push_back(e.noteOn);
+        }
+    }
+    ASSERT_GE(ons.size(), 2u);
+    EXPECT_EQ(ons.front(), 57);
+    EXPECT_EQ(ons.back(), 64);
+}
+
+TEST(SignalTracking, VibratoWithinTheBendRangeStaysOneNoteAndMovesTheBend) {
+    EnginePtr s = NewEngine();
+    ConfigureVoice(s.get());
+    const Trace t = RunEngine(s.get(), Render({.frequency = NoteFrequency(60), .seconds = 1.5,
+                                         .harmonics = {1.0, 0.4}, .vibratoCents = 50}));
+    int ons = 0;
+    for (const Event& e : t.events) {
+        ons += e.noteOn >= 0 ? 1 : 0;
+    }
+    EXPECT_EQ(ons, 1);
+    int16_t low = 16383;
+    int16_t high = 0;
+    for (size_t i = kWarmUpFrames; i < t.outputs.size(); ++i) {
+        low = std::min(low, t.outputs[i].bend);
+        high = std::max(high, t.outputs[i].bend);
+    }
+    // ±50 cents with a 4-semitone range is about ±1024 around the centre.
+    EXPECT_LT(low, 8192 - 700);
+    EXPECT_GT(high, 8192 + 700);
+}
+
+TEST(SignalTracking, AGlideFollowsWithBendAndRestrikes) {
+    EnginePtr s = NewEngine();
+    ConfigureVoice(s.get());
+    const Trace t = RunEngine(s.get(), Render({.frequency = NoteFrequency(48), .seconds = 2.0,
+                                         .harmonics = {1.0, 0.3}, .glideTo = NoteFrequency(60)}));
+    std::vector<int16_t> ons;
+    for (const Event& e : t.events) {
+        if (e.noteOn >= 0) {
+            ons.push_back(e.noteOn);
+        }
+    }
+    ASSERT_GE(ons.size(), 2u);
+    EXPECT_NEAR(ons.front(), 48, 1);
+    EXPECT_TRUE(std::is_sorted(ons.begin(), ons.end()));
+    // Near the end the last note plus its bend (4 semitones of range) reaches the target.
+    const WFETMidiOut& last = t.outputs[t.outputs.size() - 20];
+    const double sounding = ons.back() + (last.bend - 8192) * 4.0 / 8191;
+    EXPECT_NEAR(sounding, 60, 0.5);
+}
+
+TEST(SignalTracking, WhiteNoiseBelowTheStartLevelStartsNothing) {
+    EnginePtr s = NewEngine();
+    ConfigureVoice(s.get());
+    std::mt19937 rng(7);
+    std::normal_distribution<double> noise(0, 300); // about -40 dBFS rms, below -24 dB
+    std::vector<int16_t> signal(44100 * 2);
+    for (int16_t& v : signal) {
+        v = static_cast<int16_t>(std::clamp(noise(rng), -32768.0, 32767.0));
+    }
+    EXPECT_TRUE(RunEngine(s.get(), signal).events.empty());
+}
+
+TEST(SignalTracking, OutputIsIdenticalForEveryBufferSizeThatIsAMultipleOf16) {
+    const std::vector<int16_t> signal = Render({.frequency = 196, .seconds = 1.0, .harmonics = {1.0, 0.5, 0.25},
+                                                .vibratoCents = 30});
+    EnginePtr reference = NewEngine();
+    ConfigureVoice(reference.get());
+    const Trace expected = RunEngine(reference.get(), signal, 16);
+    for (size_t block : {32u, 128u, 1024u, 4096u, 44096u}) {
+        EnginePtr s = NewEngine();
+        ConfigureVoice(s.get());
+        const Trace t = RunEngine(s.get(), signal, block);
+        ASSERT_EQ(t.events, expected.events) << block;
+        ASSERT_EQ(t.frequencies, expected.frequencies) << block;
+    }
+}
+
+TEST(SignalTracking, AShortLastChunkStillRunsAFrame) {
+    // 1000 samples in blocks of 1000: 62 full chunks and one of 8 samples, 63 frames in all.
+    EnginePtr s = NewEngine();
+    ConfigureVoice(s.get());
+    const Trace t = RunEngine(s.get(), Render({.frequency = 441, .seconds = 1000.0 / 44100}), 1000);
+    EXPECT_EQ(t.outputs.size(), 63u);
+}
+
+} // namespace
