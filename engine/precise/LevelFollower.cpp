@@ -9,9 +9,6 @@ namespace {
 
 // The classic engine's envelope decays by 1023/1024 per sample at 44.1 kHz: 23 ms.
 constexpr double kPeakDecaySeconds = 0.0232;
-// Short enough to see an attack within a few milliseconds, long enough to smooth over the
-// periods of a 50 Hz note.
-constexpr double kFastSeconds = 0.004;
 // The floor follows the power down at once and up this slowly, so a rise is measured from the
 // lowest recent power (the gap or the decay before a new attack).
 constexpr double kFloorRiseSeconds = 0.05;
@@ -30,10 +27,9 @@ void LevelFollower::Configure(double rate) noexcept
 {
     dcPole_ = std::exp(-2.0 * std::numbers::pi * kDcCutHz / rate);
     peakDecay_ = std::exp(-1.0 / (kPeakDecaySeconds * rate));
-    fastCoef_ = 1.0 - std::exp(-1.0 / (kFastSeconds * rate));
-    floorRise_ = 1.0 - std::exp(-1.0 / (kFloorRiseSeconds * rate));
+    rate_ = rate;
     previousIn_ = previousOut_ = 0.0;
-    peak_ = fastPower_ = floorPower_ = 0.0;
+    peak_ = floorPower_ = 0.0;
     armed_ = true;
 }
 
@@ -46,18 +42,18 @@ void LevelFollower::Push(const int16_t* samples, uint32_t count) noexcept
         previousOut_ = x;
         const double magnitude = std::abs(x);
         peak_ = magnitude > peak_ ? magnitude : magnitude + peakDecay_ * (peak_ - magnitude);
-        fastPower_ += fastCoef_ * (x * x - fastPower_);
-        floorPower_ = fastPower_ < floorPower_ ? fastPower_ : floorPower_ + floorRise_ * (fastPower_ - floorPower_);
     }
 }
 
-bool LevelFollower::TakeAttack() noexcept
+bool LevelFollower::Attack(double power, uint32_t samples) noexcept
 {
-    if (fastPower_ < kSilentPower) {
+    const double rise = 1.0 - std::exp(-double(samples) / (kFloorRiseSeconds * rate_));
+    floorPower_ = power < floorPower_ ? power : floorPower_ + rise * (power - floorPower_);
+    if (power < kSilentPower) {
         armed_ = true;
         return false;
     }
-    const double ratio = fastPower_ / std::max(floorPower_, kSilentPower);
+    const double ratio = power / std::max(floorPower_, kSilentPower);
     if (armed_ && ratio > kAttackRatio) {
         armed_ = false;
         return true;

@@ -18,6 +18,9 @@ constexpr double kConfirmSeconds = 0.003;
 // Steady means the pitch stays within this span: a glide, or the mixture of a released note
 // with the next one, moves further and restarts the confirmation.
 constexpr double kSteadySpan = 0.35;
+// A candidate keeps its note while the pitch stays within this distance of it, so a pitch
+// sitting on the border between two notes does not restart the confirmation on every frame.
+constexpr double kCandidateReach = 0.65;
 // A note that has sounded for a while ends when its periodicity breaks down to this fraction
 // of what it has been: a new excitation (re-articulation, a new bow or breath, a legato step)
 // does not continue the phase of the old waveform. The next note then needs its own
@@ -96,7 +99,7 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
     const int nearest = Nearest(pitch);
     TrackCandidate(nearest, pitch, f.samples);
     if (candidateSamples_ >= PeriodsOr(kConfirmPeriods, kConfirmSeconds, f.frequency, s.sampleRate)) {
-        StartNote(s, f, nearest, out);
+        StartNote(s, f, candidate_, out);
         WriteBendAndExpression(s, f, pitch, out);
     }
 }
@@ -104,6 +107,12 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
 void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& f, double pitch,
                                  WFETMidiOut* out) noexcept
 {
+    noteSamples_ += f.samples;
+    // An attack or a break seen during a short dropout still counts once the sound is back.
+    const bool settled = noteSamples_ >= Samples(kMinNoteSeconds, s.sampleRate);
+    if (settled && (f.attack || f.clarity < kBreakRatio * noteClarity_)) {
+        interrupted_ = true;
+    }
     const bool voiced = f.frequency > 0.0 && f.clarity >= kHoldClarity && f.level > s.holdLevel;
     if (!voiced) {
         gapSamples_ += f.samples;
@@ -113,25 +122,22 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
         return;
     }
     gapSamples_ = 0;
-    noteSamples_ += f.samples;
-    const bool settled = noteSamples_ >= Samples(kMinNoteSeconds, s.sampleRate);
-    const bool broken = f.clarity < kBreakRatio * noteClarity_;
-    const double weight = std::min(1.0, f.samples / (kClaritySeconds * s.sampleRate));
-    noteClarity_ += weight * (f.clarity - noteClarity_);
-    if (settled && (f.attack || broken)) {
+    if (interrupted_) {
         // The new attack gets its own confirmation, like any note from silence.
         EndNote(out);
         DecideIdle(s, f, pitch, out);
         return;
     }
+    const double weight = std::min(1.0, f.samples / (kClaritySeconds * s.sampleRate));
+    noteClarity_ += weight * (f.clarity - noteClarity_);
     soundingFrequency_ = f.frequency;
     if (std::abs(pitch - note_) > 0.5 + kChangeMargin) {
         const int nearest = Nearest(pitch);
         TrackCandidate(nearest, pitch, f.samples);
-        const double factor = std::abs(std::abs(nearest - note_) - 12) <= 1 ? kOctaveFactor : 1.0;
+        const double factor = std::abs(std::abs(candidate_ - note_) - 12) <= 1 ? kOctaveFactor : 1.0;
         if (candidateSamples_ >= factor * PeriodsOr(kChangePeriods, kChangeSeconds, f.frequency, s.sampleRate)) {
             out->noteOff = static_cast<int16_t>(note_);
-            StartNote(s, f, nearest, out);
+            StartNote(s, f, candidate_, out);
         }
     } else {
         candidate_ = -1;
@@ -142,7 +148,8 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
 
 void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples) noexcept
 {
-    if (nearest == candidate_ && std::max(candidateHigh_, pitch) - std::min(candidateLow_, pitch) <= kSteadySpan) {
+    const bool near = candidate_ >= 0 && std::abs(pitch - candidate_) <= kCandidateReach;
+    if (near && std::max(candidateHigh_, pitch) - std::min(candidateLow_, pitch) <= kSteadySpan) {
         candidateSamples_ += samples;
         candidateLow_ = std::min(candidateLow_, pitch);
         candidateHigh_ = std::max(candidateHigh_, pitch);
@@ -159,6 +166,7 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
     note_ = note;
     noteSamples_ = 0;
     gapSamples_ = 0;
+    interrupted_ = false;
     candidate_ = -1;
     candidateSamples_ = 0;
     soundingFrequency_ = f.frequency;
@@ -185,6 +193,7 @@ void NoteDecider::EndNote(WFETMidiOut* out) noexcept
 {
     out->noteOff = static_cast<int16_t>(note_);
     sounding_ = false;
+    interrupted_ = false;
     gapSamples_ = 0;
     candidate_ = -1;
     candidateSamples_ = 0;

@@ -44,6 +44,7 @@ private:
                                 WFETMidiOut* out) noexcept;
 
     bool sounding_ = false;
+    bool interrupted_ = false; // an attack or a break since the note settled
     int note_ = 0;
     int noteVelocity_ = 0;
     uint32_t noteSamples_ = 0;

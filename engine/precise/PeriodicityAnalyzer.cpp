@@ -17,20 +17,27 @@ constexpr double kLowestFrequency = 14.0;
 // Each lag is compared over this many of its own periods. Two periods average out the
 // period-to-period jitter of a voice; one reacts sooner. Latency grows with it.
 constexpr double kWindowPeriods = 1.0;
-// The decimated stream keeps at least 3 kHz of the spectrum (several harmonics of any sung
-// note) and at least 1.6 times the highest tracked fundamental.
-constexpr double kMinAnalysisRate = 6000.0;
-constexpr double kRateOverHighest = 3.2;
+// The decimated stream keeps at least 3.2 kHz of the spectrum (several harmonics of any sung
+// note) and the first three harmonics of the highest tracked note, so that its period spans
+// at least eight samples and aliased upper harmonics stay weak.
+constexpr double kMinAnalysisRate = 8000.0;
+constexpr double kRateOverHighest = 8.0;
 // Low-pass cut-off as a fraction of the decimated rate: below its Nyquist frequency by enough
 // for a sixth-order Butterworth to keep aliases 30 dB down.
 constexpr double kCutoffFraction = 0.4;
 // McLeod's key-maximum rule: the shortest lag whose periodicity is within this factor of the
 // best one wins, which keeps the tracker off the sub-octaves (2, 3 ... periods) that match
 // as well as the period itself.
-constexpr double kPickFactor = 0.9;
+constexpr double kPickFactor = 0.85;
+// A true period repeats: the waveform also matches itself two periods back. A lag that only
+// matches once (a strong formant harmonic of a chorus or a vowel) is no period; it must keep
+// at least this fraction of its periodicity at twice the lag.
+constexpr double kRepeatFactor = 0.5;
 // A sounding note keeps its own lag against an octave jump while its periodicity stays within
 // this factor of the best: a weak fundamental must not flip the note.
 constexpr double kKeepFactor = 0.75;
+// The shortest window of the full-rate refinement.
+constexpr double kRefineSeconds = 0.004;
 // Samples are quantised at four times the 16-bit resolution; the sums then stay exact in
 // 64 bits for any window the ring can hold.
 constexpr double kQuantScale = 4.0;
@@ -40,7 +47,7 @@ constexpr int32_t kQuantLimit = 1 << 20;
 
 PeriodicityAnalyzer::PeriodicityAnalyzer()
     : ring_(kRingSize, 0), energy_(kRingSize, 0), sums_(kMaxLag + 2, 0), window_(kMaxLag + 2, 1),
-      normalised_(kMaxLag + 2, 0.0), keyMaxima_(kMaxKeyMaxima)
+      normalised_(kMaxLag + 2, 0.0), keyMaxima_(kMaxKeyMaxima), fullRate_(kRingSize, 0.0f)
 {
     Configure(44100.0, 55.0, 1760.0);
 }
@@ -53,6 +60,7 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
 
     decimation_ = std::max(1, static_cast<int>(rate / std::max(kMinAnalysisRate, kRateOverHighest * high)));
     analysisRate_ = rate / decimation_;
+    refineWindow_ = static_cast<uint64_t>(kRefineSeconds * rate);
     minLag_ = std::max(2, static_cast<int>(analysisRate_ / high * 0.97));
     maxLag_ = std::min(kMaxLag, static_cast<int>(std::ceil(analysisRate_ / low)) + 1);
     minLag_ = std::min(minLag_, maxLag_ - 1);
@@ -70,8 +78,10 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
     std::fill(ring_.begin(), ring_.end(), 0);
     std::fill(energy_.begin(), energy_.end(), 0);
     std::fill(sums_.begin(), sums_.end(), 0);
+    std::fill(fullRate_.begin(), fullRate_.end(), 0.0f);
     phase_ = 0;
     count_ = 0;
+    fullCount_ = 0;
 }
 
 void PeriodicityAnalyzer::Push(const int16_t* samples, uint32_t count) noexcept
@@ -81,6 +91,7 @@ void PeriodicityAnalyzer::Push(const int16_t* samples, uint32_t count) noexcept
         for (Biquad& section : lowPass_) {
             y = section.Run(y);
         }
+        fullRate_[fullCount_++ & kRingMask] = static_cast<float>(y);
         if (++phase_ < decimation_) {
             continue;
         }
@@ -118,6 +129,16 @@ void PeriodicityAnalyzer::ComputeNormalised() noexcept
     }
 }
 
+bool PeriodicityAnalyzer::Repeats(const KeyMaximum& m) const noexcept
+{
+    const int twice = 2 * m.lag;
+    if (twice + 1 > maxLag_ + 1) {
+        return true;
+    }
+    const double again = std::max({normalised_[twice - 1], normalised_[twice], normalised_[twice + 1]});
+    return again >= kRepeatFactor * m.value;
+}
+
 int PeriodicityAnalyzer::FindKeyMaxima() noexcept
 {
     // The lobe around lag 0 is no period: key maxima start after the function first goes
@@ -127,7 +148,7 @@ int PeriodicityAnalyzer::FindKeyMaxima() noexcept
     bool inLobe = false;
     KeyMaximum lobe{0, 0.0};
     auto record = [&](const KeyMaximum& m) {
-        if (m.lag >= minLag_ && m.lag <= maxLag_ && count < kMaxKeyMaxima) {
+        if (m.lag >= minLag_ && m.lag <= maxLag_ && count < kMaxKeyMaxima && Repeats(m)) {
             keyMaxima_[count++] = m;
         }
     };
@@ -184,6 +205,62 @@ int PeriodicityAnalyzer::ChooseKeyMaximum(int count, double preferredFrequency) 
     return chosen;
 }
 
+double PeriodicityAnalyzer::RecentPower(double seconds) const noexcept
+{
+    const uint64_t length = std::clamp<uint64_t>(uint64_t(seconds * analysisRate_ + 0.5), 1, kRingSize - 1);
+    if (count_ == 0) {
+        return 0.0;
+    }
+    const uint64_t t = count_ - 1;
+    const uint64_t sum = energy_[t & kRingMask] - energy_[(t - length) & kRingMask];
+    return double(sum) / double(length) / (kQuantScale * kQuantScale);
+}
+
+double PeriodicityAnalyzer::FullRateNormalised(int lag) const noexcept
+{
+    // One period, but at least a few milliseconds: a window that is not a whole number of
+    // periods makes the estimate wobble, less so the more periods it holds.
+    const uint64_t window = std::max<uint64_t>(uint64_t(lag), refineWindow_);
+    const float* y = fullRate_.data();
+    const uint64_t end = fullCount_;
+    double difference = 0.0;
+    double total = 0.0;
+    for (uint64_t j = end - window; j < end; ++j) {
+        const double a = y[j & kRingMask];
+        const double b = y[(j - lag) & kRingMask];
+        difference += (a - b) * (a - b);
+        total += a * a + b * b;
+    }
+    return total > 0.0 ? 1.0 - difference / total : 0.0;
+}
+
+double PeriodicityAnalyzer::RefineAtFullRate(double decimatedLag) const noexcept
+{
+    // Climb to the nearest maximum from the decimated estimate; it lies within one decimated
+    // sample, so at most `decimation_` steps either way.
+    const int limit = static_cast<int>(kRingSize / 4);
+    int lag = std::clamp(static_cast<int>(std::lround(decimatedLag * decimation_)), 2, limit);
+    double centre = FullRateNormalised(lag);
+    double below = FullRateNormalised(lag - 1);
+    double above = FullRateNormalised(lag + 1);
+    for (int step = 0; step < decimation_ && lag > 2 && lag < limit; ++step) {
+        if (above > centre && above >= below) {
+            below = centre;
+            centre = above;
+            above = FullRateNormalised(++lag + 1);
+        } else if (below > centre) {
+            above = centre;
+            centre = below;
+            below = FullRateNormalised(--lag - 1);
+        } else {
+            break;
+        }
+    }
+    const double curvature = below - 2.0 * centre + above;
+    const double shift = curvature < 0.0 ? std::clamp(0.5 * (below - above) / curvature, -0.5, 0.5) : 0.0;
+    return lag + shift;
+}
+
 PeriodEstimate PeriodicityAnalyzer::Analyse(double preferredFrequency) noexcept
 {
     if (count_ == 0) {
@@ -202,8 +279,9 @@ PeriodEstimate PeriodicityAnalyzer::Analyse(double preferredFrequency) noexcept
     const double curvature = a - 2.0 * b + c;
     double shift = curvature < 0.0 ? 0.5 * (a - c) / curvature : 0.0;
     shift = std::clamp(shift, -0.5, 0.5);
-    const double lag = peak.lag + shift;
-    return {analysisRate_ / lag, std::min(1.0, b - 0.25 * (a - c) * shift)};
+    const double clarity = std::min(1.0, b - 0.25 * (a - c) * shift);
+    const double fullRateLag = RefineAtFullRate(peak.lag + shift);
+    return {analysisRate_ * decimation_ / fullRateLag, clarity};
 }
 
 } // namespace vocato::precise

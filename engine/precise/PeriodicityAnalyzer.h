@@ -9,7 +9,9 @@
 // get whole periods. The sums are exact integers, so they never drift and the result does not
 // depend on how the input was cut into blocks. Decimating first (the tracked range decides by
 // how much) makes the per-sample cost proportional to rate^2 / lowest frequency of the
-// decimated stream, which is what keeps the tracker cheap.
+// decimated stream, which is what keeps the tracker cheap. The chosen period is then refined
+// on the band-limited input at the full rate, over one period, where the peak is smooth
+// enough for parabolic interpolation to be exact to a fraction of a cent.
 //
 // Thread contract: construction allocates (off the audio thread); everything else runs on the
 // audio thread and never allocates.
@@ -39,6 +41,11 @@ public:
     // candidate near it is kept against an octave jump unless the jump is clearly better.
     PeriodEstimate Analyse(double preferredFrequency) noexcept;
 
+    // Mean square of the band-limited input over the last `seconds` (at least one decimated
+    // sample), on the 16-bit scale. Measured over one period, it has no ripple within the
+    // period, so a rise in it is a rise of the sound and not of its waveform.
+    double RecentPower(double seconds) const noexcept;
+
     double AnalysisRate() const noexcept { return analysisRate_; }
     int Decimation() const noexcept { return decimation_; }
 
@@ -49,7 +56,10 @@ private:
     };
 
     void PushDecimated(int32_t value) noexcept;
+    double FullRateNormalised(int lag) const noexcept;
+    double RefineAtFullRate(double decimatedLag) const noexcept;
     void ComputeNormalised() noexcept;
+    bool Repeats(const KeyMaximum& m) const noexcept;
     int FindKeyMaxima() noexcept;
     int ChooseKeyMaximum(int count, double preferredFrequency) const noexcept;
 
@@ -59,6 +69,9 @@ private:
     std::vector<int32_t> window_;  // per lag: window length
     std::vector<double> normalised_;
     std::vector<KeyMaximum> keyMaxima_;
+    std::vector<float> fullRate_; // band-limited input before decimation
+    uint64_t fullCount_ = 0;
+    uint64_t refineWindow_ = 1;
 
     Biquad highPass_;
     Biquad lowPass_[3];

@@ -43,7 +43,9 @@ void PreciseTracker::Calc(WFETMidiOut* out) noexcept
     frame.frequency = estimate.frequency;
     frame.clarity = estimate.clarity;
     frame.level = level_.Peak();
-    frame.attack = level_.TakeAttack();
+    // One period of the estimate (or 5 ms without one) is the span of the attack detector.
+    const double span = estimate.frequency > 0.0 ? 1.0 / estimate.frequency : 0.005;
+    frame.attack = level_.Attack(periodicity_.RecentPower(span), samplesSinceCalc_);
     frame.samples = samplesSinceCalc_;
     samplesSinceCalc_ = 0;
     decider_.Decide(settings_, frame, out);
