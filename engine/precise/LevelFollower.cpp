@@ -12,9 +12,9 @@ constexpr double kPeakDecaySeconds = 0.0232;
 // The floor follows the power down at once and up this slowly, so a rise is measured from the
 // lowest recent power (the gap or the decay before a new attack).
 constexpr double kFloorRiseSeconds = 0.05;
-// An attack is a power rise of 7 dB over the floor; the detector re-arms once the power has
+// An attack is a power rise of 6 dB (twice the amplitude) over the floor; the detector re-arms once the power has
 // settled to within 2 dB of the floor, so one attack fires once.
-const double kAttackRatio = std::pow(10.0, 0.7);
+const double kAttackRatio = std::pow(10.0, 0.6);
 const double kRearmRatio = std::pow(10.0, 0.2);
 // Rumble and offsets below 20 Hz say nothing about attacks.
 constexpr double kDcCutHz = 20.0;
