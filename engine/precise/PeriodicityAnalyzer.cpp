@@ -17,11 +17,14 @@ constexpr double kLowestFrequency = 14.0;
 // Each lag is compared over this many of its own periods. Two periods average out the
 // period-to-period jitter of a voice; one reacts sooner. Latency grows with it.
 constexpr double kWindowPeriods = 1.0;
+// Short periods span only a few samples, and a window of one of them is no average at all:
+// every lag's window is at least this long.
+constexpr double kMinWindowSeconds = 0.002;
 // The decimated stream keeps at least 3.2 kHz of the spectrum (several harmonics of any sung
-// note) and the first three harmonics of the highest tracked note, so that its period spans
-// at least eight samples and aliased upper harmonics stay weak.
+// note) and the first two harmonics of the highest tracked note, whose period then spans at
+// least five samples; the full-rate refinement restores the precision.
 constexpr double kMinAnalysisRate = 8000.0;
-constexpr double kRateOverHighest = 8.0;
+constexpr double kRateOverHighest = 5.0;
 // Low-pass cut-off as a fraction of the decimated rate: below its Nyquist frequency by enough
 // for a sixth-order Butterworth to keep aliases 30 dB down.
 constexpr double kCutoffFraction = 0.4;
@@ -38,6 +41,9 @@ constexpr double kRepeatFactor = 0.5;
 constexpr double kKeepFactor = 0.75;
 // The shortest window of the full-rate refinement.
 constexpr double kRefineSeconds = 0.004;
+// Periods longer than this many decimated samples are already precise to a cent or two by
+// parabolic interpolation; only shorter ones are refined, which bounds the refinement's cost.
+constexpr double kRefineBelowLag = 40.0;
 // Samples are quantised at four times the 16-bit resolution; the sums then stay exact in
 // 64 bits for any window the ring can hold.
 constexpr double kQuantScale = 4.0;
@@ -64,8 +70,9 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
     minLag_ = std::max(2, static_cast<int>(analysisRate_ / high * 0.97));
     maxLag_ = std::min(kMaxLag, static_cast<int>(std::ceil(analysisRate_ / low)) + 1);
     minLag_ = std::min(minLag_, maxLag_ - 1);
+    const int minWindow = std::max(2, static_cast<int>(kMinWindowSeconds * analysisRate_));
     for (int lag = 1; lag <= maxLag_ + 1; ++lag) {
-        window_[lag] = std::max(2, static_cast<int>(std::ceil(kWindowPeriods * lag)));
+        window_[lag] = std::max(minWindow, static_cast<int>(std::ceil(kWindowPeriods * lag)));
     }
 
     highPass_.SetHighPass(rate, 0.5 * low, std::numbers::sqrt2 / 2.0);
@@ -129,6 +136,17 @@ void PeriodicityAnalyzer::ComputeNormalised() noexcept
     }
 }
 
+PeriodicityAnalyzer::Peak PeriodicityAnalyzer::InterpolatedPeak(int lag) const noexcept
+{
+    // Parabolic interpolation through the peak and its neighbours.
+    const double a = normalised_[lag - 1];
+    const double b = normalised_[lag];
+    const double c = normalised_[lag + 1];
+    const double curvature = a - 2.0 * b + c;
+    const double shift = curvature < 0.0 ? std::clamp(0.5 * (a - c) / curvature, -0.5, 0.5) : 0.0;
+    return {lag + shift, b - 0.25 * (a - c) * shift};
+}
+
 bool PeriodicityAnalyzer::Repeats(const KeyMaximum& m) const noexcept
 {
     const int twice = 2 * m.lag;
@@ -147,9 +165,11 @@ int PeriodicityAnalyzer::FindKeyMaxima() noexcept
     bool seenNegative = false;
     bool inLobe = false;
     KeyMaximum lobe{0, 0.0};
+    // Short periods span few samples, so the sampled top of a peak can lie well below its true
+    // height; the key maxima compete with their interpolated heights.
     auto record = [&](const KeyMaximum& m) {
         if (m.lag >= minLag_ && m.lag <= maxLag_ && count < kMaxKeyMaxima && Repeats(m)) {
-            keyMaxima_[count++] = m;
+            keyMaxima_[count++] = {m.lag, InterpolatedPeak(m.lag).value};
         }
     };
     for (int lag = 1; lag <= maxLag_ + 1; ++lag) {
@@ -271,16 +291,12 @@ PeriodEstimate PeriodicityAnalyzer::Analyse(double preferredFrequency) noexcept
     if (count == 0) {
         return {};
     }
-    const KeyMaximum peak = keyMaxima_[ChooseKeyMaximum(count, preferredFrequency)];
-    // Parabolic interpolation through the peak and its neighbours.
-    const double a = normalised_[peak.lag - 1];
-    const double b = peak.value;
-    const double c = normalised_[peak.lag + 1];
-    const double curvature = a - 2.0 * b + c;
-    double shift = curvature < 0.0 ? 0.5 * (a - c) / curvature : 0.0;
-    shift = std::clamp(shift, -0.5, 0.5);
-    const double clarity = std::min(1.0, b - 0.25 * (a - c) * shift);
-    const double fullRateLag = RefineAtFullRate(peak.lag + shift);
+    const KeyMaximum chosen = keyMaxima_[ChooseKeyMaximum(count, preferredFrequency)];
+    const Peak peak = InterpolatedPeak(chosen.lag);
+    const double clarity = std::min(1.0, peak.value);
+    const double decimatedLag = peak.lag;
+    const double fullRateLag =
+        decimatedLag < kRefineBelowLag ? RefineAtFullRate(decimatedLag) : decimatedLag * decimation_;
     return {analysisRate_ * decimation_ / fullRateLag, clarity};
 }
 

@@ -55,7 +55,13 @@ private:
         double value;
     };
 
+    struct Peak {
+        double lag;
+        double value;
+    };
+
     void PushDecimated(int32_t value) noexcept;
+    Peak InterpolatedPeak(int lag) const noexcept;
     double FullRateNormalised(int lag) const noexcept;
     double RefineAtFullRate(double decimatedLag) const noexcept;
     void ComputeNormalised() noexcept;
