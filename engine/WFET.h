@@ -144,6 +144,13 @@ struct WFETState {
     int16_t levelMode;
     double levelFloorDb;
     double levelCeilDb;
+
+    // Bookkeeping of this implementation, outside the engine's model: it lets a frame skip
+    // refreshing forces and lags that cannot have changed since the previous frame.
+    uint32_t extremaWritten; // extrema recorded so far, wrapping
+    uint32_t forcesAt;       // extremaWritten when the forces were last refreshed
+    uint32_t lagsAt;         // extremaWritten when the lags were last written
+    int32_t lagsRef;         // the reference they were written for, -1 for none
 };
 
 // Creates a record with every default in place and both filters tuned; null when the record

@@ -5,8 +5,10 @@
 
 #include "SafeConvert.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 
 using vocato::engine_detail::ClampToInt;
 
@@ -24,6 +26,11 @@ constexpr int kMaxCandidates = 50;
 // rather than carrying a lag left over from an earlier frame.
 constexpr int kLagDepth = 2 * kMaxCandidates;
 
+// Intervals are capped at 2^24 samples (six minutes at 44.1 kHz without a single turn of the
+// signal, far beyond any period): the sum of the hundred intervals that a lag or a merged
+// list adds up then always fits in 32 bits.
+constexpr uint32_t kMaxInterval = 1u << 24;
+
 inline uint32_t Back(uint32_t index, uint32_t places) { return (index - places) & kRingMask; }
 
 void RecordExtremum(WFETState* s, uint16_t kind, double y) {
@@ -31,13 +38,13 @@ void RecordExtremum(WFETState* s, uint16_t kind, double y) {
     s->head = (s->head + 1) & kRingMask;
     WFETExtremum& e = s->extrema[s->head];
     e.kind = kind;
-    // An interval only exceeds 2^31 samples after half a day without a turn in the signal.
-    e.interval = ClampToInt<int32_t>(s->sinceLast);
+    e.interval = static_cast<int32_t>(std::min(s->sinceLast, kMaxInterval));
     e.value = s->prev1;
     e.before = s->prev2;
     e.after = y;
     e.swing = std::fabs(previousValue - s->prev1);
     s->sinceLast = 0;
+    ++s->extremaWritten;
 }
 
 } // namespace
@@ -95,63 +102,134 @@ int32_t WFETRef(WFETState* s) {
 
 void WFETTimeLags(WFETState* s, uint32_t ref) {
     s->extrema[ref].lag = 0;
-    int64_t sum = 0;
+    int32_t sum = 0;
     for (int k = 1; k <= kLagDepth; ++k) {
         sum += s->extrema[Back(ref, k - 1)].interval;
-        s->extrema[Back(ref, k)].lag = ClampToInt<int32_t>(-sum);
+        s->extrema[Back(ref, k)].lag = -sum;
     }
 }
 
-int32_t WFETCopy(WFETState* s, WFETMergeEntry* list, uint32_t ref, uint32_t cand) {
-    const int m = s->sounding;
-    const int64_t limit = int64_t{s->extrema[cand].lag} * s->periods[m];
-    uint32_t a = ref;
-    uint32_t b = cand;
-    int64_t ta = 0;
-    int64_t tb = 0;
-    int k = 0;
-    // Both sequences are walked newest first in order of relative time; the list always
-    // holds at least four entries and an even number of them.
-    while (k < kWFETMergeSize && ((ta >= limit && tb >= limit) || (k % 2) == 1 || k <= 2)) {
-        const bool fromReference = ta >= tb;
-        const WFETExtremum& e = s->extrema[fromReference ? a : b];
-        WFETMergeEntry& entry = list[k];
+namespace {
+
+// Walks the sequences behind the reference and behind a candidate, newest first, in order of
+// relative time (the reference's first on equal times). It yields at least four entries and
+// always an even number, and stops once either sequence has run past `periods` times the
+// candidate's lag.
+class MergeWalker {
+public:
+    MergeWalker(const WFETState* s, uint32_t ref, uint32_t cand)
+        : s_(s), a_(ref), b_(cand),
+          limit_(int64_t{s->extrema[cand].lag} * s->periods[s->sounding]) {}
+
+    bool HasNext() const {
+        return k_ < kWFETMergeSize && ((ta_ >= limit_ && tb_ >= limit_) || (k_ % 2) == 1 || k_ <= 2);
+    }
+
+    void Next(WFETMergeEntry& entry) {
+        const bool fromReference = ta_ >= tb_;
+        const WFETExtremum& e = s_->extrema[fromReference ? a_ : b_];
         entry.kind = e.kind;
         entry.stream = fromReference ? 0 : 1;
-        entry.time = ClampToInt<int32_t>(fromReference ? ta : tb);
+        entry.time = fromReference ? ta_ : tb_;
         entry.force = e.force;
         entry.value = e.value;
         if (fromReference) {
-            ta -= e.interval;
-            a = Back(a, 1);
+            ta_ -= e.interval;
+            a_ = Back(a_, 1);
         } else {
-            tb -= e.interval;
-            b = Back(b, 1);
+            tb_ -= e.interval;
+            b_ = Back(b_, 1);
         }
-        ++k;
+        ++k_;
     }
-    return k - 1;
+
+    int32_t Count() const { return k_; }
+
+private:
+    const WFETState* s_;
+    uint32_t a_;
+    uint32_t b_;
+    int64_t limit_;
+    int32_t ta_ = 0;
+    int32_t tb_ = 0;
+    int32_t k_ = 0;
+};
+
+struct ShapeSums {
+    double A = 0; // value differences and the cost of unpaired extrema
+    double T = 0; // time differences
+};
+
+void AddPair(const WFETMergeEntry& first, const WFETMergeEntry& second, double penalty,
+             ShapeSums& sums) {
+    if (first.stream != second.stream) {
+        sums.A = sums.A + std::fabs(first.value - second.value);
+        sums.T = sums.T + std::fabs(static_cast<double>(first.time) - second.time);
+    } else {
+        // One sequence has an extremum the other lacks: charge its prominence.
+        sums.A = sums.A + (first.force + second.force) * penalty;
+    }
+}
+
+// Normalised by the envelope and by the lag, so that a perfect repetition scores 0.
+double ShapeDistance(const ShapeSums& sums, int32_t count, int64_t lag, double envelope) {
+    const int64_t norm = (lag + 1) * count;
+    return sums.A / envelope / count + sums.T / static_cast<double>(norm);
+}
+
+} // namespace
+
+int32_t WFETCopy(WFETState* s, WFETMergeEntry* list, uint32_t ref, uint32_t cand) {
+    MergeWalker walker(s, ref, cand);
+    while (walker.HasNext()) {
+        walker.Next(list[walker.Count()]);
+    }
+    return walker.Count() - 1;
 }
 
 double WFETDistCalc(WFETState* s, const WFETMergeEntry* list, int32_t count, uint32_t lag,
                     double envelope) {
     const double penalty = s->mismatchPenalty[s->sounding];
-    double A = 0;
-    double T = 0;
+    ShapeSums sums;
     for (int32_t j = 0; 2 * j < count; ++j) {
-        const WFETMergeEntry& first = list[2 * j];
-        const WFETMergeEntry& second = list[2 * j + 1];
-        if (first.stream != second.stream) {
-            A = A + std::fabs(first.value - second.value);
-            T = T + std::fabs(static_cast<double>(first.time) - second.time);
-        } else {
-            // One sequence has an extremum the other lacks: charge its prominence.
-            A = A + (first.force + second.force) * penalty;
+        AddPair(list[2 * j], list[2 * j + 1], penalty, sums);
+    }
+    return ShapeDistance(sums, count, lag, envelope);
+}
+
+namespace {
+
+// WFETCopy followed by WFETDistCalc, fused, with the same additions in the same order, so the
+// distance is identical to the last bit. It gives up early, returning infinity, once even the
+// smallest distance the finished comparison could reach, plus `extra`, cannot beat `bestScore`:
+// the sums only grow and the entry count is at most one hundred. The margin keeps rounding
+// from ever discarding a candidate that would have won.
+double CandidateDistance(const WFETState* s, uint32_t ref, uint32_t cand, int64_t lag,
+                         double extra, double bestScore) {
+    const double envelope = s->peakEnv;
+    const double penalty = s->mismatchPenalty[s->sounding];
+    const bool canGiveUp = envelope > 0 && std::isfinite(envelope) && std::isfinite(bestScore);
+    const double maxCount = kWFETMergeSize - 1;
+    const double lagNorm = static_cast<double>(lag + 1) * maxCount;
+    MergeWalker walker(s, ref, cand);
+    ShapeSums sums;
+    WFETMergeEntry first;
+    WFETMergeEntry second;
+    while (walker.HasNext()) {
+        walker.Next(first);
+        walker.Next(second);
+        AddPair(first, second, penalty, sums);
+        if (canGiveUp) {
+            const double floor = sums.A / envelope / maxCount + sums.T / lagNorm + extra;
+            if (floor * (1 - 1e-9) >= bestScore) {
+                return std::numeric_limits<double>::infinity();
+            }
         }
     }
-    const int64_t norm = (int64_t{lag} + 1) * count;
-    return A / envelope / count + T / static_cast<double>(norm);
+    return ShapeDistance(sums, walker.Count() - 1, lag, envelope);
 }
+
+} // namespace
 
 double WFETInterpol(const WFETExtremum* e) {
     const double p = e->before;
@@ -175,7 +253,12 @@ double ContinuityPenalty(const WFETState* s, int64_t lag) {
 } // namespace
 
 void WFETCalc(WFETState* s, WFETMidiOut* out) {
-    WFETForces(s);
+    // Forces and lags depend only on the ring (and the lags on the reference): a frame with no
+    // new extremum, as in silence, reuses what the previous frame wrote.
+    if (s->forcesAt != s->extremaWritten) {
+        WFETForces(s);
+        s->forcesAt = s->extremaWritten;
+    }
     const int32_t ref = WFETRef(s);
     if (ref < 0) {
         s->distance = kWFETNoDistance;
@@ -183,7 +266,11 @@ void WFETCalc(WFETState* s, WFETMidiOut* out) {
         return;
     }
     const auto r = static_cast<uint32_t>(ref);
-    WFETTimeLags(s, r);
+    if (s->lagsRef != ref || s->lagsAt != s->extremaWritten) {
+        WFETTimeLags(s, r);
+        s->lagsRef = ref;
+        s->lagsAt = s->extremaWritten;
+    }
 
     const int m = s->sounding;
     const double tolerance = s->ampTolerance[m] * s->slowEnv;
@@ -196,8 +283,6 @@ void WFETCalc(WFETState* s, WFETMidiOut* out) {
     double bestDistance = kWFETNoDistance;
     int64_t bestLag = 0;
     const WFETExtremum* best = nullptr;
-    WFETMergeEntry list[kWFETMergeSize];
-
     for (int j = 1; j <= kMaxCandidates; ++j) {
         const uint32_t c = Back(r, 2 * j);
         const WFETExtremum& candidate = s->extrema[c];
@@ -208,9 +293,10 @@ void WFETCalc(WFETState* s, WFETMidiOut* out) {
         if (!(std::fabs(reference.value - candidate.value) < tolerance) || lag < shortest) {
             continue;
         }
-        const int32_t n = WFETCopy(s, list, r, c);
-        const double d = WFETDistCalc(s, list, n, static_cast<uint32_t>(lag), s->peakEnv);
-        const double score = d + weight * lag + ContinuityPenalty(s, lag);
+        const double lagCost = weight * lag;
+        const double continuity = ContinuityPenalty(s, lag);
+        const double d = CandidateDistance(s, r, c, lag, lagCost + continuity, bestScore);
+        const double score = d + lagCost + continuity;
         // Strict: on a tie the nearer candidate stays.
         if (score < bestScore) {
             bestScore = score;

@@ -114,6 +114,10 @@ void WFETMIDI(WFETState* s, WFETMidiOut* out) {
         return;
     }
 
+    // Note numbers are not limited to 0..127 here: the caller adds its transposition and
+    // decides what to do with numbers MIDI cannot carry. While a note sounds its search spans only the bend
+    // range, so a re-trigger may leave the configured note range; the filters still attenuate
+    // what lies outside it.
     const double pitch = 69 + 12 * std::log(s->decisionFreq / s->refPitch) / std::log(2.0);
     int32_t nearest = TruncSaturate<int32_t>(pitch + 0.5);
     if (nearest < 0) {

@@ -83,6 +83,8 @@ void StoreDefaults(WFETState* s) {
     s->filterSpan = 1;
     s->levelFloorDb = 20 * std::log10(50.0 / 32768);
     s->levelCeilDb = 0;
+    s->forcesAt = s->extremaWritten - 1; // the first frame always refreshes
+    s->lagsRef = -1;
 }
 
 } // namespace

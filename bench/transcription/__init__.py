@@ -1,0 +1,1 @@
+"""Scoring audio-to-MIDI converters against notes with known onsets, offsets and pitches."""
