@@ -1,5 +1,7 @@
 #include "NoteDecider.h"
 
+#include "MixtureChoice.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -40,6 +42,9 @@ constexpr double kGapSeconds = 0.008;
 // An attack re-strikes only a note that has sounded this long; 20 notes per second is about
 // the fastest anyone re-articulates one pitch.
 constexpr double kMinNoteSeconds = 0.05;
+// How long a released note is assumed to ring on (a synthesizer's release, a room's
+// reverberation) and is cancelled from the input so the next note shows through.
+constexpr double kRingSeconds = 0.3;
 
 double PitchOf(double frequency, double refPitch)
 {
@@ -72,15 +77,28 @@ void NoteDecider::Reset() noexcept
     *this = NoteDecider{};
 }
 
-void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& f, WFETMidiOut* out) noexcept
+void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, WFETMidiOut* out) noexcept
 {
     out->noteOff = -1;
     out->noteOn = -1;
+    const MixtureView chosen = ChooseSource({frame.frequency, frame.clarity, frame.residualFrequency,
+                                             frame.residualClarity, frame.residualShare},
+                                            ringingFrequency_, replacedFrequency_);
+    FrameFeatures f = frame;
+    f.frequency = chosen.frequency;
+    f.clarity = chosen.clarity;
     const double pitch = f.frequency > 0.0 ? PitchOf(f.frequency, s.refPitch) : 0.0;
     if (sounding_) {
         DecideSounding(s, f, pitch, out);
     } else {
         DecideIdle(s, f, pitch, out);
+    }
+    if (sounding_) {
+        ringingFrequency_ = soundingFrequency_;
+        quietSamples_ = 0;
+    } else if ((quietSamples_ += f.samples) >= Samples(kRingSeconds, s.sampleRate)) {
+        ringingFrequency_ = 0.0;
+        replacedFrequency_ = 0.0;
     }
     out->bend = std::clamp<int16_t>(out->bend, 0, 16383);
     out->expression = std::clamp<int16_t>(out->expression, 0, 127);
@@ -162,6 +180,7 @@ void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples) no
 
 void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept
 {
+    replacedFrequency_ = ringingFrequency_;
     sounding_ = true;
     note_ = note;
     noteSamples_ = 0;

@@ -21,6 +21,9 @@ namespace vocato::precise {
 struct FrameFeatures {
     double frequency = 0.0; // Hz, 0 = none
     double clarity = 0.0;
+    double residualFrequency = 0.0; // with the ringing note cancelled, see MixtureChoice.h
+    double residualClarity = 0.0;
+    double residualShare = 0.0;
     double level = 0.0;     // peak envelope, 16-bit scale
     bool attack = false;
     uint32_t samples = 0;   // samples this frame covers
@@ -33,6 +36,9 @@ public:
 
     // The sounding note's current fine pitch in Hz, 0 when idle; the analysis keeps to it.
     double SoundingFrequency() const noexcept { return sounding_ ? soundingFrequency_ : 0.0; }
+    // The note that still rings (sounding, or released a moment ago), for the analysis to
+    // cancel; 0 when none.
+    double RingingFrequency() const noexcept { return ringingFrequency_; }
 
 private:
     void DecideIdle(const PreciseSettings& s, const FrameFeatures& f, double pitch, WFETMidiOut* out) noexcept;
@@ -55,6 +61,9 @@ private:
     double candidateHigh_ = 0.0;
     double noteClarity_ = 0.0;
     double soundingFrequency_ = 0.0;
+    double ringingFrequency_ = 0.0;
+    double replacedFrequency_ = 0.0; // the note the ringing one replaced, while it rings too
+    uint32_t quietSamples_ = 0;      // since the ringing note ended
 };
 
 } // namespace vocato::precise

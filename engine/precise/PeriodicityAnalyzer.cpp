@@ -6,17 +6,11 @@
 namespace vocato::precise {
 namespace {
 
-// Capacity for the worst configuration the parameter codes allow: 200 kHz without
-// decimation and a lowest frequency of 14 Hz (below MIDI note 11).
-constexpr int kRingSize = 1 << 16;
-constexpr uint64_t kRingMask = kRingSize - 1;
-constexpr int kMaxLag = 15000;
 constexpr int kMaxKeyMaxima = 512;
+constexpr uint64_t kFullRateMask = DifferenceBank::kRingSize - 1;
+// Below MIDI note 11: the lowest frequency the capacity is sized for.
 constexpr double kLowestFrequency = 14.0;
 
-// Each lag is compared over this many of its own periods. Two periods average out the
-// period-to-period jitter of a voice; one reacts sooner. Latency grows with it.
-constexpr double kWindowPeriods = 1.0;
 // Short periods span only a few samples, and a window of one of them is no average at all:
 // every lag's window is at least this long.
 constexpr double kMinWindowSeconds = 0.002;
@@ -52,8 +46,7 @@ constexpr int32_t kQuantLimit = 1 << 20;
 } // namespace
 
 PeriodicityAnalyzer::PeriodicityAnalyzer()
-    : ring_(kRingSize, 0), energy_(kRingSize, 0), sums_(kMaxLag + 2, 0), window_(kMaxLag + 2, 1),
-      normalised_(kMaxLag + 2, 0.0), keyMaxima_(kMaxKeyMaxima), fullRate_(kRingSize, 0.0f)
+    : keyMaxima_(kMaxKeyMaxima), fullRate_(DifferenceBank::kRingSize, 0.0f)
 {
     Configure(44100.0, 55.0, 1760.0);
 }
@@ -67,13 +60,11 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
     decimation_ = std::max(1, static_cast<int>(rate / std::max(kMinAnalysisRate, kRateOverHighest * high)));
     analysisRate_ = rate / decimation_;
     refineWindow_ = static_cast<uint64_t>(kRefineSeconds * rate);
-    minLag_ = std::max(2, static_cast<int>(analysisRate_ / high * 0.97));
-    maxLag_ = std::min(kMaxLag, static_cast<int>(std::ceil(analysisRate_ / low)) + 1);
-    minLag_ = std::min(minLag_, maxLag_ - 1);
+    maxLag_ = std::min(DifferenceBank::kMaxLag, static_cast<int>(std::ceil(analysisRate_ / low)) + 1);
+    minLag_ = std::min(std::max(2, static_cast<int>(analysisRate_ / high * 0.97)), maxLag_ - 1);
     const int minWindow = std::max(2, static_cast<int>(kMinWindowSeconds * analysisRate_));
-    for (int lag = 1; lag <= maxLag_ + 1; ++lag) {
-        window_[lag] = std::max(minWindow, static_cast<int>(std::ceil(kWindowPeriods * lag)));
-    }
+    signal_.Reset(maxLag_, minWindow);
+    residual_.Reset(maxLag_, minWindow);
 
     highPass_.SetHighPass(rate, 0.5 * low, std::numbers::sqrt2 / 2.0);
     // Butterworth sixth order as three sections: Q = 1 / (2 cos(k pi / 12)), k = 1, 3, 5.
@@ -82,13 +73,16 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
     for (int i = 0; i < 3; ++i) {
         lowPass_[i].SetLowPass(rate, cutoff, q[i]);
     }
-    std::fill(ring_.begin(), ring_.end(), 0);
-    std::fill(energy_.begin(), energy_.end(), 0);
-    std::fill(sums_.begin(), sums_.end(), 0);
     std::fill(fullRate_.begin(), fullRate_.end(), 0.0f);
     phase_ = 0;
-    count_ = 0;
     fullCount_ = 0;
+    cancelledLag_ = 0.0;
+}
+
+void PeriodicityAnalyzer::SetCancelledFrequency(double frequency) noexcept
+{
+    const double lag = frequency > 0.0 ? analysisRate_ / frequency : 0.0;
+    cancelledLag_ = lag >= 2.0 && lag <= maxLag_ ? lag : 0.0;
 }
 
 void PeriodicityAnalyzer::Push(const int16_t* samples, uint32_t count) noexcept
@@ -98,7 +92,7 @@ void PeriodicityAnalyzer::Push(const int16_t* samples, uint32_t count) noexcept
         for (Biquad& section : lowPass_) {
             y = section.Run(y);
         }
-        fullRate_[fullCount_++ & kRingMask] = static_cast<float>(y);
+        fullRate_[fullCount_++ & kFullRateMask] = static_cast<float>(y);
         if (++phase_ < decimation_) {
             continue;
         }
@@ -108,72 +102,69 @@ void PeriodicityAnalyzer::Push(const int16_t* samples, uint32_t count) noexcept
     }
 }
 
+int32_t PeriodicityAnalyzer::Cancelled(int32_t value) const noexcept
+{
+    if (cancelledLag_ <= 0.0) {
+        return 0;
+    }
+    // The input one period earlier, by cubic (Catmull-Rom) interpolation between the samples
+    // around it; `back` counts from the sample before `value`, which is not yet in the bank.
+    const double delay = cancelledLag_ - 1.0;
+    const auto whole = static_cast<uint64_t>(delay);
+    const double f = delay - double(whole);
+    const double p0 = signal_.Sample(whole == 0 ? 0 : whole - 1);
+    const double p1 = signal_.Sample(whole);
+    const double p2 = signal_.Sample(whole + 1);
+    const double p3 = signal_.Sample(whole + 2);
+    const double earlier =
+        p1 + 0.5 * f * (p2 - p0 + f * (2.0 * p0 - 5.0 * p1 + 4.0 * p2 - p3 + f * (3.0 * (p1 - p2) + p3 - p0)));
+    return static_cast<int32_t>(std::clamp(std::lround(value - earlier), -2L * kQuantLimit, 2L * kQuantLimit));
+}
+
 void PeriodicityAnalyzer::PushDecimated(int32_t value) noexcept
 {
-    const uint64_t t = count_++;
-    ring_[t & kRingMask] = value;
-    energy_[t & kRingMask] = energy_[(t - 1) & kRingMask] + uint64_t(int64_t(value) * value);
-    // Before the first sample the ring holds zeros, so the sums treat the past as silence.
-    const int32_t* x = ring_.data();
-    for (int lag = 1; lag <= maxLag_ + 1; ++lag) {
-        const uint64_t w = uint64_t(window_[lag]);
-        const int64_t enter = int64_t(value) - x[(t - lag) & kRingMask];
-        const int64_t leave = int64_t(x[(t - w) & kRingMask]) - x[(t - w - lag) & kRingMask];
-        sums_[lag] += enter * enter - leave * leave;
-    }
+    residual_.Push(Cancelled(value));
+    signal_.Push(value);
 }
 
-void PeriodicityAnalyzer::ComputeNormalised() noexcept
-{
-    const uint64_t t = count_ - 1;
-    const uint64_t now = energy_[t & kRingMask];
-    for (int lag = 1; lag <= maxLag_ + 1; ++lag) {
-        const uint64_t w = uint64_t(window_[lag]);
-        const uint64_t recent = now - energy_[(t - w) & kRingMask];
-        const uint64_t earlier = energy_[(t - lag) & kRingMask] - energy_[(t - lag - w) & kRingMask];
-        const double total = double(recent) + double(earlier);
-        normalised_[lag] = total > 0.0 ? 1.0 - double(sums_[lag]) / total : 0.0;
-    }
-}
-
-PeriodicityAnalyzer::Peak PeriodicityAnalyzer::InterpolatedPeak(int lag) const noexcept
+PeriodicityAnalyzer::Peak PeriodicityAnalyzer::InterpolatedPeak(const double* n, int lag) const noexcept
 {
     // Parabolic interpolation through the peak and its neighbours.
-    const double a = normalised_[lag - 1];
-    const double b = normalised_[lag];
-    const double c = normalised_[lag + 1];
+    const double a = n[lag - 1];
+    const double b = n[lag];
+    const double c = n[lag + 1];
     const double curvature = a - 2.0 * b + c;
     const double shift = curvature < 0.0 ? std::clamp(0.5 * (a - c) / curvature, -0.5, 0.5) : 0.0;
     return {lag + shift, b - 0.25 * (a - c) * shift};
 }
 
-bool PeriodicityAnalyzer::Repeats(const KeyMaximum& m) const noexcept
+bool PeriodicityAnalyzer::Repeats(const double* n, const KeyMaximum& m) const noexcept
 {
     const int twice = 2 * m.lag;
     if (twice + 1 > maxLag_ + 1) {
         return true;
     }
-    const double again = std::max({normalised_[twice - 1], normalised_[twice], normalised_[twice + 1]});
+    const double again = std::max({n[twice - 1], n[twice], n[twice + 1]});
     return again >= kRepeatFactor * m.value;
 }
 
-int PeriodicityAnalyzer::FindKeyMaxima() noexcept
+int PeriodicityAnalyzer::FindKeyMaxima(const double* n) noexcept
 {
     // The lobe around lag 0 is no period: key maxima start after the function first goes
-    // negative, and each positive lobe after that contributes its highest point.
+    // negative, and each positive lobe after that contributes its highest point. Short periods
+    // span few samples, so the sampled top of a peak can lie well below its true height; the
+    // key maxima compete with their interpolated heights.
     int count = 0;
     bool seenNegative = false;
     bool inLobe = false;
     KeyMaximum lobe{0, 0.0};
-    // Short periods span few samples, so the sampled top of a peak can lie well below its true
-    // height; the key maxima compete with their interpolated heights.
     auto record = [&](const KeyMaximum& m) {
-        if (m.lag >= minLag_ && m.lag <= maxLag_ && count < kMaxKeyMaxima && Repeats(m)) {
-            keyMaxima_[count++] = {m.lag, InterpolatedPeak(m.lag).value};
+        if (m.lag >= minLag_ && m.lag <= maxLag_ && count < kMaxKeyMaxima && Repeats(n, m)) {
+            keyMaxima_[count++] = {m.lag, InterpolatedPeak(n, m.lag).value};
         }
     };
     for (int lag = 1; lag <= maxLag_ + 1; ++lag) {
-        const double v = normalised_[lag];
+        const double v = n[lag];
         if (!seenNegative) {
             seenNegative = v < 0.0;
             continue;
@@ -225,17 +216,6 @@ int PeriodicityAnalyzer::ChooseKeyMaximum(int count, double preferredFrequency) 
     return chosen;
 }
 
-double PeriodicityAnalyzer::RecentPower(double seconds) const noexcept
-{
-    const uint64_t length = std::clamp<uint64_t>(uint64_t(seconds * analysisRate_ + 0.5), 1, kRingSize - 1);
-    if (count_ == 0) {
-        return 0.0;
-    }
-    const uint64_t t = count_ - 1;
-    const uint64_t sum = energy_[t & kRingMask] - energy_[(t - length) & kRingMask];
-    return double(sum) / double(length) / (kQuantScale * kQuantScale);
-}
-
 double PeriodicityAnalyzer::FullRateNormalised(int lag) const noexcept
 {
     // One period, but at least a few milliseconds: a window that is not a whole number of
@@ -246,8 +226,8 @@ double PeriodicityAnalyzer::FullRateNormalised(int lag) const noexcept
     double difference = 0.0;
     double total = 0.0;
     for (uint64_t j = end - window; j < end; ++j) {
-        const double a = y[j & kRingMask];
-        const double b = y[(j - lag) & kRingMask];
+        const double a = y[j & kFullRateMask];
+        const double b = y[(j - lag) & kFullRateMask];
         difference += (a - b) * (a - b);
         total += a * a + b * b;
     }
@@ -258,7 +238,7 @@ double PeriodicityAnalyzer::RefineAtFullRate(double decimatedLag) const noexcept
 {
     // Climb to the nearest maximum from the decimated estimate; it lies within one decimated
     // sample, so at most `decimation_` steps either way.
-    const int limit = static_cast<int>(kRingSize / 4);
+    const int limit = DifferenceBank::kRingSize / 4;
     int lag = std::clamp(static_cast<int>(std::lround(decimatedLag * decimation_)), 2, limit);
     double centre = FullRateNormalised(lag);
     double below = FullRateNormalised(lag - 1);
@@ -283,21 +263,40 @@ double PeriodicityAnalyzer::RefineAtFullRate(double decimatedLag) const noexcept
 
 PeriodEstimate PeriodicityAnalyzer::Analyse(double preferredFrequency) noexcept
 {
-    if (count_ == 0) {
-        return {};
-    }
-    ComputeNormalised();
-    const int count = FindKeyMaxima();
+    signal_.Normalise();
+    const double* n = signal_.Normalised();
+    const int count = FindKeyMaxima(n);
     if (count == 0) {
         return {};
     }
-    const KeyMaximum chosen = keyMaxima_[ChooseKeyMaximum(count, preferredFrequency)];
-    const Peak peak = InterpolatedPeak(chosen.lag);
-    const double clarity = std::min(1.0, peak.value);
-    const double decimatedLag = peak.lag;
-    const double fullRateLag =
-        decimatedLag < kRefineBelowLag ? RefineAtFullRate(decimatedLag) : decimatedLag * decimation_;
-    return {analysisRate_ * decimation_ / fullRateLag, clarity};
+    const Peak peak = InterpolatedPeak(n, keyMaxima_[ChooseKeyMaximum(count, preferredFrequency)].lag);
+    const double fullRateLag = peak.lag < kRefineBelowLag ? RefineAtFullRate(peak.lag) : peak.lag * decimation_;
+    return {analysisRate_ * decimation_ / fullRateLag, std::min(1.0, peak.value)};
+}
+
+PeriodEstimate PeriodicityAnalyzer::AnalyseResidual() noexcept
+{
+    if (cancelledLag_ <= 0.0) {
+        return {};
+    }
+    residual_.Normalise();
+    const double* n = residual_.Normalised();
+    const int count = FindKeyMaxima(n);
+    if (count == 0) {
+        return {};
+    }
+    const Peak peak = InterpolatedPeak(n, keyMaxima_[ChooseKeyMaximum(count, 0.0)].lag);
+    return {analysisRate_ / peak.lag, std::min(1.0, peak.value)};
+}
+
+double PeriodicityAnalyzer::RecentPower(double seconds) const noexcept
+{
+    return signal_.Power(uint64_t(seconds * analysisRate_ + 0.5)) / (kQuantScale * kQuantScale);
+}
+
+double PeriodicityAnalyzer::RecentResidualPower(double seconds) const noexcept
+{
+    return residual_.Power(uint64_t(seconds * analysisRate_ + 0.5)) / (kQuantScale * kQuantScale);
 }
 
 } // namespace vocato::precise

@@ -1,23 +1,25 @@
-// Periodicity of the input: a normalised square-difference function (McLeod and Wyvill,
-// "A smarter way to find pitch", 2005; de Cheveigné and Kawahara's YIN, 2002, is the same idea
-// normalised differently), kept up to date sample by sample on a band-limited, decimated copy
-// of the input.
+// Periodicity of the input, kept up to date sample by sample: the normalised square-difference
+// function (McLeod and Wyvill 2005; de Cheveigné and Kawahara's YIN, 2002, is the same idea
+// normalised differently) of a band-limited, decimated copy of the input, with McLeod's
+// key-maximum rule for the period and a full-rate refinement of short periods.
 //
-// For every lag tau the analyser holds the running sum of (x[j] - x[j - tau])^2 over the last
-// W(tau) samples, with W(tau) proportional to tau: each lag is judged on the same number of
-// its own periods, so high notes are found after a few milliseconds while low notes still
-// get whole periods. The sums are exact integers, so they never drift and the result does not
-// depend on how the input was cut into blocks. Decimating first (the tracked range decides by
-// how much) makes the per-sample cost proportional to rate^2 / lowest frequency of the
-// decimated stream, which is what keeps the tracker cheap. The chosen period is then refined
-// on the band-limited input at the full rate, over one period, where the peak is smooth
-// enough for parabolic interpolation to be exact to a fraction of a cent.
+// Decimating first (the tracked range decides by how much) makes the cost per input sample
+// proportional to (decimated rate)^2 / lowest frequency, which is what keeps the tracker
+// cheap. Each lag is judged over one of its own periods (at least 2 ms), so high notes are
+// found after a few milliseconds while low notes still get a whole period.
+//
+// A second bank analyses the input with the sounding note cancelled: a comb filter that
+// subtracts the input one period of that note earlier (de Cheveigné's harmonic cancellation,
+// 1993). When a note is released into the next one (legato, or the release of a synthesizer or
+// a room), the mixture of both is periodic in their common period, a sub-harmonic of both;
+// with the old note cancelled, the new one shows its own period.
 //
 // Thread contract: construction allocates (off the audio thread); everything else runs on the
 // audio thread and never allocates.
 #pragma once
 
 #include "Biquad.h"
+#include "DifferenceBank.h"
 
 #include <cstdint>
 #include <vector>
@@ -35,16 +37,22 @@ public:
 
     // Derives the decimation and the lag range and starts from silence.
     void Configure(double rate, double minFreq, double maxFreq) noexcept;
+    // The period to cancel from now on, as a frequency; 0 cancels nothing.
+    void SetCancelledFrequency(double frequency) noexcept;
     void Push(const int16_t* samples, uint32_t count) noexcept;
 
     // The best period now. preferredFrequency > 0 names the pitch of the sounding note; a
     // candidate near it is kept against an octave jump unless the jump is clearly better.
     PeriodEstimate Analyse(double preferredFrequency) noexcept;
+    // The best period of what remains with the cancelled period removed.
+    PeriodEstimate AnalyseResidual() noexcept;
 
-    // Mean square of the band-limited input over the last `seconds` (at least one decimated
-    // sample), on the 16-bit scale. Measured over one period, it has no ripple within the
-    // period, so a rise in it is a rise of the sound and not of its waveform.
+    // Mean square of the band-limited input over the last `seconds`, on the 16-bit scale.
+    // Measured over one period, it has no ripple within the period, so a rise in it is a rise
+    // of the sound and not of its waveform.
     double RecentPower(double seconds) const noexcept;
+    // The same for what remains after cancellation.
+    double RecentResidualPower(double seconds) const noexcept;
 
     double AnalysisRate() const noexcept { return analysisRate_; }
     int Decimation() const noexcept { return decimation_; }
@@ -54,26 +62,22 @@ private:
         int lag;
         double value;
     };
-
     struct Peak {
         double lag;
         double value;
     };
 
     void PushDecimated(int32_t value) noexcept;
-    Peak InterpolatedPeak(int lag) const noexcept;
+    int32_t Cancelled(int32_t value) const noexcept;
+    Peak InterpolatedPeak(const double* n, int lag) const noexcept;
+    bool Repeats(const double* n, const KeyMaximum& m) const noexcept;
+    int FindKeyMaxima(const double* n) noexcept;
+    int ChooseKeyMaximum(int count, double preferredFrequency) const noexcept;
     double FullRateNormalised(int lag) const noexcept;
     double RefineAtFullRate(double decimatedLag) const noexcept;
-    void ComputeNormalised() noexcept;
-    bool Repeats(const KeyMaximum& m) const noexcept;
-    int FindKeyMaxima() noexcept;
-    int ChooseKeyMaximum(int count, double preferredFrequency) const noexcept;
 
-    std::vector<int32_t> ring_;    // decimated samples, quantised
-    std::vector<uint64_t> energy_; // running sum of squares up to each ring index (mod 2^64)
-    std::vector<int64_t> sums_;    // per lag: sum of squared differences over its window
-    std::vector<int32_t> window_;  // per lag: window length
-    std::vector<double> normalised_;
+    DifferenceBank signal_;
+    DifferenceBank residual_;
     std::vector<KeyMaximum> keyMaxima_;
     std::vector<float> fullRate_; // band-limited input before decimation
     uint64_t fullCount_ = 0;
@@ -83,9 +87,9 @@ private:
     Biquad lowPass_[3];
     int decimation_ = 1;
     int phase_ = 0;
-    uint64_t count_ = 0; // decimated samples so far
     int minLag_ = 2;
     int maxLag_ = 2;
+    double cancelledLag_ = 0.0; // decimated samples; 0 = none
     double analysisRate_ = 44100.0;
 };
 

@@ -39,9 +39,16 @@ void PreciseTracker::Calc(WFETMidiOut* out) noexcept
 {
     ApplyGeometry();
     const PeriodEstimate estimate = periodicity_.Analyse(decider_.SoundingFrequency());
+    const PeriodEstimate residual = periodicity_.AnalyseResidual();
     FrameFeatures frame;
     frame.frequency = estimate.frequency;
     frame.clarity = estimate.clarity;
+    frame.residualFrequency = residual.frequency;
+    frame.residualClarity = residual.clarity;
+    if (residual.frequency > 0.0) {
+        const double span = 1.0 / residual.frequency;
+        frame.residualShare = periodicity_.RecentResidualPower(span) / std::max(1e-9, periodicity_.RecentPower(span));
+    }
     frame.level = level_.Peak();
     // One period of the estimate (or 5 ms without one) is the span of the attack detector.
     const double span = estimate.frequency > 0.0 ? 1.0 / estimate.frequency : 0.005;
@@ -49,6 +56,7 @@ void PreciseTracker::Calc(WFETMidiOut* out) noexcept
     frame.samples = samplesSinceCalc_;
     samplesSinceCalc_ = 0;
     decider_.Decide(settings_, frame, out);
+    periodicity_.SetCancelledFrequency(decider_.RingingFrequency());
 }
 
 uint32_t PreciseTracker::DecisionDelaySamples() const noexcept

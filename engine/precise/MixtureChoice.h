@@ -1,0 +1,26 @@
+// Which periodicity the note decision should see when a note is released into the next one.
+//
+// The input's own periodicity answers for the dominant sound. While the last note still rings
+// (it is sounding, or its release has not died away), the analysis also looks at the input
+// with that note cancelled. When the cancelled input holds a strong periodic sound of another
+// pitch, and the input's own estimate is either still the old note or a common sub-harmonic of
+// old and new (the period of the mixture), the new sound is the one to follow.
+//
+// Thread contract: a pure function; audio thread safe.
+#pragma once
+
+namespace vocato::precise {
+
+struct MixtureView {
+    double frequency = 0.0; // the input's own best period, Hz (0 none)
+    double clarity = 0.0;
+    double residualFrequency = 0.0; // the best period with the old note cancelled
+    double residualClarity = 0.0;
+    double residualShare = 0.0; // power with the old note cancelled / power of the input
+};
+
+// The frequency and clarity to decide on; `cancelled` is the frequency being cancelled and
+// `replaced` the one of the note it replaced, if that still rings (0 otherwise).
+MixtureView ChooseSource(const MixtureView& view, double cancelled, double replaced) noexcept;
+
+} // namespace vocato::precise
