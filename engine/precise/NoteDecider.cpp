@@ -31,14 +31,21 @@ constexpr double kBreakRatio = 0.8;
 // The note's typical periodicity is a running mean over about 30 ms of frames.
 constexpr double kClaritySeconds = 0.03;
 // A sounding note changes when the pitch has been this far beyond the half-semitone border
-// for two periods (at least 6 ms); vibrato of +-50 cents around the note stays inside.
+// for half a period (at least 6 ms); vibrato of +-50 cents around the note stays inside.
 constexpr double kChangeMargin = 0.25;
-constexpr double kChangePeriods = 2.0;
+constexpr double kChangePeriods = 0.5;
 constexpr double kChangeSeconds = 0.006;
 // Octave jumps are the typical error of period trackers: they must hold twice as long.
 constexpr double kOctaveFactor = 2.0;
-// Short dropouts of periodicity (a consonant, a bow change) do not end a note.
+// A note ends once the level has stayed below the hold level this long. Dropouts of
+// periodicity at a sounding level (a consonant, a bow change, the overlap of a released note
+// with the next) are bridged for longer, so they do not split a note.
 constexpr double kGapSeconds = 0.008;
+constexpr double kDropoutSeconds = 0.025;
+// After an attack or a break, the note it interrupted may only start again on a clearly
+// periodic sound: the overlap of a released note with its successor still shows the old pitch
+// for a few periods, and that must not strike the old note once more.
+constexpr double kRestrikeClarity = 0.95;
 // An attack re-strikes only a note that has sounded this long; 20 notes per second is about
 // the fastest anyone re-articulates one pitch.
 constexpr double kMinNoteSeconds = 0.05;
@@ -99,6 +106,7 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
     } else if ((quietSamples_ += f.samples) >= Samples(kRingSeconds, s.sampleRate)) {
         ringingFrequency_ = 0.0;
         replacedFrequency_ = 0.0;
+        interruptedNote_ = -1;
     }
     out->bend = std::clamp<int16_t>(out->bend, 0, 16383);
     out->expression = std::clamp<int16_t>(out->expression, 0, 127);
@@ -108,13 +116,14 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
 void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, double pitch,
                              WFETMidiOut* out) noexcept
 {
-    const bool voiced = f.frequency > 0.0 && f.clarity >= kStartClarity && f.level > s.startLevel;
+    const int nearest = Nearest(pitch);
+    const double clarity = nearest == interruptedNote_ ? kRestrikeClarity : kStartClarity;
+    const bool voiced = f.frequency > 0.0 && f.clarity >= clarity && f.level > s.startLevel;
     if (!voiced) {
         candidate_ = -1;
         candidateSamples_ = 0;
         return;
     }
-    const int nearest = Nearest(pitch);
     TrackCandidate(nearest, pitch, f.samples);
     if (candidateSamples_ >= PeriodsOr(kConfirmPeriods, kConfirmSeconds, f.frequency, s.sampleRate)) {
         StartNote(s, f, candidate_, out);
@@ -134,7 +143,8 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     const bool voiced = f.frequency > 0.0 && f.clarity >= kHoldClarity && f.level > s.holdLevel;
     if (!voiced) {
         gapSamples_ += f.samples;
-        if (gapSamples_ >= Samples(kGapSeconds, s.sampleRate)) {
+        const double tolerance = f.level > s.holdLevel ? kDropoutSeconds : kGapSeconds;
+        if (gapSamples_ >= Samples(tolerance, s.sampleRate)) {
             EndNote(out);
         }
         return;
@@ -142,7 +152,9 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     gapSamples_ = 0;
     if (interrupted_) {
         // The new attack gets its own confirmation, like any note from silence.
+        const int interrupted = note_;
         EndNote(out);
+        interruptedNote_ = interrupted;
         DecideIdle(s, f, pitch, out);
         return;
     }
@@ -181,6 +193,7 @@ void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples) no
 void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept
 {
     replacedFrequency_ = ringingFrequency_;
+    interruptedNote_ = -1;
     sounding_ = true;
     note_ = note;
     noteSamples_ = 0;

@@ -52,6 +52,7 @@ private:
     bool sounding_ = false;
     bool interrupted_ = false; // an attack or a break since the note settled
     int note_ = 0;
+    int interruptedNote_ = -1; // the note an attack or break ended, until another one starts
     int noteVelocity_ = 0;
     uint32_t noteSamples_ = 0;
     uint32_t gapSamples_ = 0;
