@@ -5,11 +5,12 @@
 namespace vocato::precise {
 namespace {
 
-// The cancelled input must be clearly periodic, like a note that may start from silence.
-constexpr double kResidualClarity = 0.85;
+// The cancelled input must be periodic, if less clearly than a note from silence: what is
+// left of the old note disturbs it.
+constexpr double kResidualClarity = 0.75;
 // And it must carry a real share of the sound: a well cancelled steady note leaves less than
-// -15 dB; a new note rising under a released one passes -10 dB within a few periods.
-constexpr double kResidualShare = 0.1;
+// -15 dB; a new note rising under a released one passes -8 dB within a few periods.
+constexpr double kResidualShare = 0.15;
 // Pitches closer than this (semitones) count as the same note.
 constexpr double kSameNote = 0.75;
 // Frequency ratios within this relative distance of a whole number count as harmonic.
@@ -25,20 +26,16 @@ bool WholeRatio(double ratio)
 
 } // namespace
 
-MixtureView ChooseSource(const MixtureView& view, double cancelled, double replaced) noexcept
+MixtureView ChooseSource(const MixtureView& view, double cancelled) noexcept
 {
     if (cancelled <= 0.0 || view.residualFrequency <= 0.0 || view.residualClarity < kResidualClarity ||
         view.residualShare < kResidualShare) {
         return view;
     }
     const double residual = view.residualFrequency;
-    // Left-over harmonics or sub-harmonics of an imperfectly cancelled note, or the note it
-    // replaced ringing on, are no new note.
-    const auto related = [residual](double other) {
-        return other > 0.0 &&
-               (Semitones(residual, other) < kSameNote || WholeRatio(residual / other) || WholeRatio(other / residual));
-    };
-    if (related(cancelled) || related(replaced)) {
+    // Left-over harmonics or sub-harmonics of an imperfectly cancelled note are no new note.
+    if (Semitones(residual, cancelled) < kSameNote || WholeRatio(residual / cancelled) ||
+        WholeRatio(cancelled / residual)) {
         return view;
     }
     const bool ownIsOld = view.frequency <= 0.0 || Semitones(view.frequency, cancelled) < kSameNote;

@@ -19,8 +19,8 @@ struct MixtureView {
     double residualShare = 0.0; // power with the old note cancelled / power of the input
 };
 
-// The frequency and clarity to decide on; `cancelled` is the frequency being cancelled and
-// `replaced` the one of the note it replaced, if that still rings (0 otherwise).
-MixtureView ChooseSource(const MixtureView& view, double cancelled, double replaced) noexcept;
+// The frequency and clarity to decide on; `cancelled` is the frequency being cancelled (0 for
+// none).
+MixtureView ChooseSource(const MixtureView& view, double cancelled) noexcept;
 
 } // namespace vocato::precise

@@ -52,6 +52,8 @@ constexpr double kMinNoteSeconds = 0.05;
 // How long a released note is assumed to ring on (a synthesizer's release, a room's
 // reverberation) and is cancelled from the input so the next note shows through.
 constexpr double kRingSeconds = 0.3;
+// Pitches closer than this (semitones) belong to the same note.
+constexpr double kSameNote = 0.75;
 
 double PitchOf(double frequency, double refPitch)
 {
@@ -90,24 +92,26 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
     out->noteOn = -1;
     const MixtureView chosen = ChooseSource({frame.frequency, frame.clarity, frame.residualFrequency,
                                              frame.residualClarity, frame.residualShare},
-                                            ringingFrequency_, replacedFrequency_);
+                                            ringingFrequency_);
     FrameFeatures f = frame;
     f.frequency = chosen.frequency;
     f.clarity = chosen.clarity;
+    f.fromResidual = chosen.frequency != frame.frequency;
     const double pitch = f.frequency > 0.0 ? PitchOf(f.frequency, s.refPitch) : 0.0;
     if (sounding_) {
-        DecideSounding(s, f, pitch, out);
+        // While the note it replaced still dominates and hides it, a frame says nothing
+        // about the new note.
+        const bool masked = replacedFrequency_ > 0.0 && f.frequency > 0.0 &&
+                            std::abs(12.0 * std::log2(f.frequency / replacedFrequency_)) < kSameNote;
+        if (masked) {
+            noteSamples_ += f.samples;
+        } else {
+            DecideSounding(s, f, pitch, out);
+        }
     } else {
         DecideIdle(s, f, pitch, out);
     }
-    if (sounding_) {
-        ringingFrequency_ = soundingFrequency_;
-        quietSamples_ = 0;
-    } else if ((quietSamples_ += f.samples) >= Samples(kRingSeconds, s.sampleRate)) {
-        ringingFrequency_ = 0.0;
-        replacedFrequency_ = 0.0;
-        interruptedNote_ = -1;
-    }
+    FollowRinging(s, frame);
     out->bend = std::clamp<int16_t>(out->bend, 0, 16383);
     out->expression = std::clamp<int16_t>(out->expression, 0, 127);
     out->velocity = std::clamp<int16_t>(out->velocity, 0, 127);
@@ -117,7 +121,8 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
                              WFETMidiOut* out) noexcept
 {
     const int nearest = Nearest(pitch);
-    const double clarity = nearest == interruptedNote_ ? kRestrikeClarity : kStartClarity;
+    // A residual has passed its own tests (MixtureChoice.h).
+    const double clarity = f.fromResidual ? 0.0 : nearest == interruptedNote_ ? kRestrikeClarity : kStartClarity;
     const bool voiced = f.frequency > 0.0 && f.clarity >= clarity && f.level > s.startLevel;
     if (!voiced) {
         candidate_ = -1;
@@ -176,6 +181,24 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     WriteBendAndExpression(s, f, pitch, out);
 }
 
+void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& frame) noexcept
+{
+    // The analysis cancels the note that dominates the input: the replaced note while it still
+    // does, then the sounding one; after a note ends, that note while its release may ring.
+    ringSamples_ += frame.samples;
+    const bool ringing = ringSamples_ < Samples(kRingSeconds, s.sampleRate);
+    if (sounding_) {
+        const bool ownIsNew = frame.frequency > 0.0 &&
+                              std::abs(12.0 * std::log2(frame.frequency / soundingFrequency_)) < kSameNote;
+        if (replacedFrequency_ > 0.0 && (ownIsNew || !ringing)) {
+            replacedFrequency_ = 0.0;
+        }
+        ringingFrequency_ = replacedFrequency_ > 0.0 ? replacedFrequency_ : soundingFrequency_;
+    } else if (!ringing) {
+        ringingFrequency_ = 0.0;
+    }
+}
+
 void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples) noexcept
 {
     const bool near = candidate_ >= 0 && std::abs(pitch - candidate_) <= kCandidateReach;
@@ -192,7 +215,13 @@ void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples) no
 
 void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept
 {
-    replacedFrequency_ = ringingFrequency_;
+    // A note started while another still rings replaces it; that one is cancelled until the
+    // new note dominates.
+    replacedFrequency_ =
+        ringingFrequency_ > 0.0 && std::abs(12.0 * std::log2(f.frequency / ringingFrequency_)) >= kSameNote
+            ? ringingFrequency_
+            : 0.0;
+    ringSamples_ = 0;
     interruptedNote_ = -1;
     sounding_ = true;
     note_ = note;
@@ -223,6 +252,9 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
 
 void NoteDecider::EndNote(WFETMidiOut* out) noexcept
 {
+    ringingFrequency_ = replacedFrequency_ > 0.0 ? replacedFrequency_ : soundingFrequency_;
+    replacedFrequency_ = 0.0;
+    ringSamples_ = 0;
     out->noteOff = static_cast<int16_t>(note_);
     sounding_ = false;
     interrupted_ = false;

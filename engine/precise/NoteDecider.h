@@ -24,6 +24,7 @@ struct FrameFeatures {
     double residualFrequency = 0.0; // with the ringing note cancelled, see MixtureChoice.h
     double residualClarity = 0.0;
     double residualShare = 0.0;
+    bool fromResidual = false; // set by the decision when it follows the residual
     double level = 0.0;     // peak envelope, 16-bit scale
     bool attack = false;
     uint32_t samples = 0;   // samples this frame covers
@@ -43,6 +44,7 @@ public:
 private:
     void DecideIdle(const PreciseSettings& s, const FrameFeatures& f, double pitch, WFETMidiOut* out) noexcept;
     void DecideSounding(const PreciseSettings& s, const FrameFeatures& f, double pitch, WFETMidiOut* out) noexcept;
+    void FollowRinging(const PreciseSettings& s, const FrameFeatures& frame) noexcept;
     void TrackCandidate(int nearest, double pitch, uint32_t samples) noexcept;
     void StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept;
     void EndNote(WFETMidiOut* out) noexcept;
@@ -62,9 +64,9 @@ private:
     double candidateHigh_ = 0.0;
     double noteClarity_ = 0.0;
     double soundingFrequency_ = 0.0;
-    double ringingFrequency_ = 0.0;
-    double replacedFrequency_ = 0.0; // the note the ringing one replaced, while it rings too
-    uint32_t quietSamples_ = 0;      // since the ringing note ended
+    double ringingFrequency_ = 0.0;  // cancelled by the analysis
+    double replacedFrequency_ = 0.0; // the note the sounding one replaced, while it dominates
+    uint32_t ringSamples_ = 0;       // since the last note started or ended
 };
 
 } // namespace vocato::precise
