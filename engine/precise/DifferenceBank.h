@@ -4,8 +4,9 @@
 // samples, with W(tau) one period of tau but never less than a minimum, and turns it into the
 // normalised square-difference function (McLeod and Wyvill, "A smarter way to find pitch",
 // 2005): 1 - sum / (energy of both windows), 1 for an exact repetition, about 0 for noise.
-// Samples are integers and the sums exact, so they never drift and the result does not depend
-// on how the input was cut into blocks.
+// Samples are integers and the sums exact (integers below 2^53 in doubles, which vectorise
+// better than 64-bit integers), so they never drift and the result does not depend on how the
+// input was cut into blocks.
 //
 // Thread contract: construction allocates; everything else runs on the audio thread and never
 // allocates.
@@ -19,7 +20,8 @@ namespace vocato::precise {
 class DifferenceBank {
 public:
     // Capacity for the worst configuration the parameter codes allow: 200 kHz without
-    // decimation and a lowest frequency of 14 Hz.
+    // decimation and a lowest frequency of 14 Hz. Samples must stay within +-2^17, so that
+    // every sum stays below 2^53.
     static constexpr int kRingSize = 1 << 16;
     static constexpr int kMaxLag = 15000;
 
@@ -32,8 +34,8 @@ public:
     void Normalise() noexcept;
 
     const double* Normalised() const noexcept { return normalised_.data(); }
-    // Sample `back` samples before the newest (0 = newest).
-    int32_t Sample(uint64_t back) const noexcept { return ring_[(count_ - 1 - back) & kMask]; }
+    // Sample `back` samples before the newest (0 = newest), back < kRingSize.
+    double Sample(uint64_t back) const noexcept { return ring_[((count_ - 1 - back) & kMask) + kRingSize]; }
     // Mean square of the newest `length` samples.
     double Power(uint64_t length) const noexcept;
     uint64_t Count() const noexcept { return count_; }
@@ -41,13 +43,16 @@ public:
 private:
     static constexpr uint64_t kMask = kRingSize - 1;
 
-    std::vector<int32_t> ring_;
+    // Twice the ring, each sample written at i and i + kRingSize, so that the samples before
+    // the newest lie at contiguous, unmasked addresses.
+    std::vector<double> ring_;
     std::vector<uint64_t> energy_; // running sum of squares up to each ring index (mod 2^64)
-    std::vector<int64_t> sums_;
+    std::vector<double> sums_;
     std::vector<int32_t> window_;
     std::vector<double> normalised_;
     uint64_t count_ = 0;
     int maxLag_ = 2;
+    int minWindow_ = 2;
 };
 
 } // namespace vocato::precise

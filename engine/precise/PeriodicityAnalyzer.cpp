@@ -38,10 +38,10 @@ constexpr double kRefineSeconds = 0.004;
 // Periods longer than this many decimated samples are already precise to a cent or two by
 // parabolic interpolation; only shorter ones are refined, which bounds the refinement's cost.
 constexpr double kRefineBelowLag = 40.0;
-// Samples are quantised at four times the 16-bit resolution; the sums then stay exact in
-// 64 bits for any window the ring can hold.
-constexpr double kQuantScale = 4.0;
-constexpr int32_t kQuantLimit = 1 << 20;
+// Samples are quantised at twice the 16-bit resolution and limited to +-2^17, which keeps the
+// difference sums exact (DifferenceBank.h).
+constexpr double kQuantScale = 2.0;
+constexpr int32_t kQuantLimit = 1 << 17;
 
 } // namespace
 
@@ -118,7 +118,7 @@ int32_t PeriodicityAnalyzer::Cancelled(int32_t value) const noexcept
     const double p3 = signal_.Sample(whole + 2);
     const double earlier =
         p1 + 0.5 * f * (p2 - p0 + f * (2.0 * p0 - 5.0 * p1 + 4.0 * p2 - p3 + f * (3.0 * (p1 - p2) + p3 - p0)));
-    return static_cast<int32_t>(std::clamp(std::lround(value - earlier), -2L * kQuantLimit, 2L * kQuantLimit));
+    return static_cast<int32_t>(std::clamp(std::lround(value - earlier), -long(kQuantLimit), long(kQuantLimit)));
 }
 
 void PeriodicityAnalyzer::PushDecimated(int32_t value) noexcept
