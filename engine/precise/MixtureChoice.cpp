@@ -38,9 +38,13 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled) noexcept
         WholeRatio(cancelled / residual)) {
         return view;
     }
+    // The input's own estimate may still be the old note, a common sub-harmonic of both, or
+    // the new note itself but less clearly, because the old one disturbs it.
     const bool ownIsOld = view.frequency <= 0.0 || Semitones(view.frequency, cancelled) < kSameNote;
     const bool ownIsCommon = view.frequency > 0.0 && WholeRatio(residual / view.frequency);
-    if (!ownIsOld && !ownIsCommon) {
+    const bool ownIsNew = view.frequency > 0.0 && Semitones(view.frequency, residual) < kSameNote &&
+                          view.clarity < view.residualClarity;
+    if (!ownIsOld && !ownIsCommon && !ownIsNew) {
         return view;
     }
     MixtureView chosen = view;

@@ -16,10 +16,10 @@ constexpr double kHoldClarity = 0.6;
 // A note starts once the same nearest note has held steadily this long: half a period of it,
 // and never less than 3 ms, so an attack's first unsettled periods do not start a wrong note.
 constexpr double kConfirmPeriods = 0.5;
-constexpr double kConfirmSeconds = 0.003;
+constexpr double kConfirmSeconds = 0.006;
 // Steady means the pitch stays within this span: a glide, or the mixture of a released note
 // with the next one, moves further and restarts the confirmation.
-constexpr double kSteadySpan = 0.35;
+constexpr double kSteadySpan = 0.25;
 // A candidate keeps its note while the pitch stays within this distance of it, so a pitch
 // sitting on the border between two notes does not restart the confirmation on every frame.
 constexpr double kCandidateReach = 0.65;
@@ -125,11 +125,14 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
     const double clarity = f.fromResidual ? 0.0 : nearest == interruptedNote_ ? kRestrikeClarity : kStartClarity;
     const bool voiced = f.frequency > 0.0 && f.clarity >= clarity && f.level > s.startLevel;
     if (!voiced) {
-        candidate_ = -1;
-        candidateSamples_ = 0;
+        // An attack is noisy: a few unclear frames pause the confirmation, more restart it.
+        candidateMisses_ += f.samples;
+        if (candidateMisses_ > Samples(kConfirmSeconds, s.sampleRate)) {
+            ClearCandidate();
+        }
         return;
     }
-    TrackCandidate(nearest, pitch, f.samples);
+    TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
     if (candidateSamples_ >= PeriodsOr(kConfirmPeriods, kConfirmSeconds, f.frequency, s.sampleRate)) {
         StartNote(s, f, candidate_, out);
         WriteBendAndExpression(s, f, pitch, out);
@@ -168,15 +171,14 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     soundingFrequency_ = f.frequency;
     if (std::abs(pitch - note_) > 0.5 + kChangeMargin) {
         const int nearest = Nearest(pitch);
-        TrackCandidate(nearest, pitch, f.samples);
+        TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
         const double factor = std::abs(std::abs(candidate_ - note_) - 12) <= 1 ? kOctaveFactor : 1.0;
         if (candidateSamples_ >= factor * PeriodsOr(kChangePeriods, kChangeSeconds, f.frequency, s.sampleRate)) {
             out->noteOff = static_cast<int16_t>(note_);
             StartNote(s, f, candidate_, out);
         }
     } else {
-        candidate_ = -1;
-        candidateSamples_ = 0;
+        ClearCandidate();
     }
     WriteBendAndExpression(s, f, pitch, out);
 }
@@ -199,18 +201,37 @@ void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& f
     }
 }
 
-void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples) noexcept
+void NoteDecider::ClearCandidate() noexcept
+{
+    candidate_ = rival_ = -1;
+    candidateSamples_ = candidateMisses_ = rivalSamples_ = 0;
+}
+
+void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples, uint32_t patience) noexcept
 {
     const bool near = candidate_ >= 0 && std::abs(pitch - candidate_) <= kCandidateReach;
     if (near && std::max(candidateHigh_, pitch) - std::min(candidateLow_, pitch) <= kSteadySpan) {
         candidateSamples_ += samples;
+        candidateMisses_ = 0;
         candidateLow_ = std::min(candidateLow_, pitch);
         candidateHigh_ = std::max(candidateHigh_, pitch);
         return;
     }
+    // A stray frame (a formant taken for the period, a burst of noise) only pauses the
+    // candidate; a rival pitch replaces it once it has been seen for longer, or once the
+    // candidate has been missing for longer than the patience.
+    rivalSamples_ = nearest == rival_ ? rivalSamples_ + samples : samples;
+    rival_ = nearest;
+    candidateMisses_ += samples;
+    if (candidate_ >= 0 && candidateMisses_ <= patience && rivalSamples_ <= candidateSamples_) {
+        return;
+    }
     candidate_ = nearest;
-    candidateSamples_ = samples;
+    candidateSamples_ = rivalSamples_;
+    candidateMisses_ = 0;
     candidateLow_ = candidateHigh_ = pitch;
+    rival_ = -1;
+    rivalSamples_ = 0;
 }
 
 void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept
@@ -228,8 +249,7 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
     noteSamples_ = 0;
     gapSamples_ = 0;
     interrupted_ = false;
-    candidate_ = -1;
-    candidateSamples_ = 0;
+    ClearCandidate();
     soundingFrequency_ = f.frequency;
     noteClarity_ = f.clarity;
     out->noteOn = static_cast<int16_t>(note);
@@ -259,8 +279,7 @@ void NoteDecider::EndNote(WFETMidiOut* out) noexcept
     sounding_ = false;
     interrupted_ = false;
     gapSamples_ = 0;
-    candidate_ = -1;
-    candidateSamples_ = 0;
+    ClearCandidate();
 }
 
 void NoteDecider::WriteBendAndExpression(const PreciseSettings& s, const FrameFeatures& f, double pitch,

@@ -45,7 +45,8 @@ private:
     void DecideIdle(const PreciseSettings& s, const FrameFeatures& f, double pitch, WFETMidiOut* out) noexcept;
     void DecideSounding(const PreciseSettings& s, const FrameFeatures& f, double pitch, WFETMidiOut* out) noexcept;
     void FollowRinging(const PreciseSettings& s, const FrameFeatures& frame) noexcept;
-    void TrackCandidate(int nearest, double pitch, uint32_t samples) noexcept;
+    void ClearCandidate() noexcept;
+    void TrackCandidate(int nearest, double pitch, uint32_t samples, uint32_t patience) noexcept;
     void StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept;
     void EndNote(WFETMidiOut* out) noexcept;
     void WriteBendAndExpression(const PreciseSettings& s, const FrameFeatures& f, double pitch,
@@ -60,6 +61,9 @@ private:
     uint32_t gapSamples_ = 0;
     int candidate_ = -1;
     uint32_t candidateSamples_ = 0;
+    uint32_t candidateMisses_ = 0; // unclear samples since the candidate was last seen
+    int rival_ = -1;               // the other pitch seen meanwhile
+    uint32_t rivalSamples_ = 0;
     double candidateLow_ = 0.0;
     double candidateHigh_ = 0.0;
     double noteClarity_ = 0.0;
