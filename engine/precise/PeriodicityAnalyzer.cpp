@@ -19,6 +19,10 @@ constexpr double kMinWindowSeconds = 0.002;
 // least five samples; the full-rate refinement restores the precision.
 constexpr double kMinAnalysisRate = 8000.0;
 constexpr double kRateOverHighest = 5.0;
+// The residual bank may run at half the analysis rate if that keeps 2 kHz of the spectrum
+// and the fundamental of the highest tracked note well below its Nyquist frequency.
+constexpr double kMinResidualRate = 4000.0;
+constexpr double kResidualRateOverHighest = 2.5;
 // Low-pass cut-off as a fraction of the decimated rate: below its Nyquist frequency by enough
 // for a sixth-order Butterworth to keep aliases 30 dB down.
 constexpr double kCutoffFraction = 0.4;
@@ -60,11 +64,20 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
     decimation_ = std::max(1, static_cast<int>(rate / std::max(kMinAnalysisRate, kRateOverHighest * high)));
     analysisRate_ = rate / decimation_;
     refineWindow_ = static_cast<uint64_t>(kRefineSeconds * rate);
-    maxLag_ = std::min(DifferenceBank::kMaxLag, static_cast<int>(std::ceil(analysisRate_ / low)) + 1);
-    minLag_ = std::min(std::max(2, static_cast<int>(analysisRate_ / high * 0.97)), maxLag_ - 1);
-    const int minWindow = std::max(2, static_cast<int>(kMinWindowSeconds * analysisRate_));
-    signal_.Reset(maxLag_, minWindow);
-    residual_.Reset(maxLag_, minWindow);
+    const auto rangeAt = [low, high](double rate) {
+        LagRange range;
+        range.max = std::min(DifferenceBank::kMaxLag, static_cast<int>(std::ceil(rate / low)) + 1);
+        range.min = std::min(std::max(2, static_cast<int>(rate / high * 0.97)), range.max - 1);
+        return range;
+    };
+    lags_ = rangeAt(analysisRate_);
+    signal_.Reset(lags_.max, std::max(2, static_cast<int>(kMinWindowSeconds * analysisRate_)));
+    residualStep_ = analysisRate_ / 2.0 >= std::max(kMinResidualRate, kResidualRateOverHighest * high) ? 2 : 1;
+    const double residualRate = analysisRate_ / residualStep_;
+    residualLags_ = rangeAt(residualRate);
+    residual_.Reset(residualLags_.max, std::max(2, static_cast<int>(kMinWindowSeconds * residualRate)));
+    residualPhase_ = 0;
+    residualPrevious_[0] = residualPrevious_[1] = 0.0;
 
     highPass_.SetHighPass(rate, 0.5 * low, std::numbers::sqrt2 / 2.0);
     // Butterworth sixth order as three sections: Q = 1 / (2 cos(k pi / 12)), k = 1, 3, 5.
@@ -82,7 +95,7 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
 void PeriodicityAnalyzer::SetCancelledFrequency(double frequency) noexcept
 {
     const double lag = frequency > 0.0 ? analysisRate_ / frequency : 0.0;
-    cancelledLag_ = lag >= 2.0 && lag <= maxLag_ ? lag : 0.0;
+    cancelledLag_ = lag >= 2.0 && lag <= lags_.max ? lag : 0.0;
 }
 
 void PeriodicityAnalyzer::Push(const int16_t* samples, uint32_t count) noexcept
@@ -102,10 +115,10 @@ void PeriodicityAnalyzer::Push(const int16_t* samples, uint32_t count) noexcept
     }
 }
 
-int32_t PeriodicityAnalyzer::Cancelled(int32_t value) const noexcept
+double PeriodicityAnalyzer::Cancelled(int32_t value) const noexcept
 {
     if (cancelledLag_ <= 0.0) {
-        return 0;
+        return 0.0;
     }
     // The input one period earlier, by cubic (Catmull-Rom) interpolation between the samples
     // around it; `back` counts from the sample before `value`, which is not yet in the bank.
@@ -118,13 +131,26 @@ int32_t PeriodicityAnalyzer::Cancelled(int32_t value) const noexcept
     const double p3 = signal_.Sample(whole + 2);
     const double earlier =
         p1 + 0.5 * f * (p2 - p0 + f * (2.0 * p0 - 5.0 * p1 + 4.0 * p2 - p3 + f * (3.0 * (p1 - p2) + p3 - p0)));
-    return static_cast<int32_t>(std::clamp(std::lround(value - earlier), -long(kQuantLimit), long(kQuantLimit)));
+    return std::clamp(std::round(value - earlier), -double(kQuantLimit), double(kQuantLimit));
 }
 
 void PeriodicityAnalyzer::PushDecimated(int32_t value) noexcept
 {
-    residual_.Push(Cancelled(value));
+    const double residual = Cancelled(value);
     signal_.Push(value);
+    if (residualStep_ == 1) {
+        residual_.Push(static_cast<int32_t>(residual));
+        return;
+    }
+    // Halving the rate: a [1 2 1] / 4 low-pass, which has its zero at the new Nyquist
+    // frequency, then every other sample.
+    const double smoothed = 0.25 * (residualPrevious_[1] + 2.0 * residualPrevious_[0] + residual);
+    residualPrevious_[1] = residualPrevious_[0];
+    residualPrevious_[0] = residual;
+    if (++residualPhase_ == residualStep_) {
+        residualPhase_ = 0;
+        residual_.Push(static_cast<int32_t>(std::lround(smoothed)));
+    }
 }
 
 PeriodicityAnalyzer::Peak PeriodicityAnalyzer::InterpolatedPeak(const double* n, int lag) const noexcept
@@ -138,17 +164,17 @@ PeriodicityAnalyzer::Peak PeriodicityAnalyzer::InterpolatedPeak(const double* n,
     return {lag + shift, b - 0.25 * (a - c) * shift};
 }
 
-bool PeriodicityAnalyzer::Repeats(const double* n, const KeyMaximum& m) const noexcept
+bool PeriodicityAnalyzer::Repeats(const double* n, const KeyMaximum& m, const LagRange& range) const noexcept
 {
     const int twice = 2 * m.lag;
-    if (twice + 1 > maxLag_ + 1) {
+    if (twice + 1 > range.max + 1) {
         return true;
     }
     const double again = std::max({n[twice - 1], n[twice], n[twice + 1]});
     return again >= kRepeatFactor * m.value;
 }
 
-int PeriodicityAnalyzer::FindKeyMaxima(const double* n) noexcept
+int PeriodicityAnalyzer::FindKeyMaxima(const double* n, const LagRange& range) noexcept
 {
     // The lobe around lag 0 is no period: key maxima start after the function first goes
     // negative, and each positive lobe after that contributes its highest point. Short periods
@@ -159,11 +185,11 @@ int PeriodicityAnalyzer::FindKeyMaxima(const double* n) noexcept
     bool inLobe = false;
     KeyMaximum lobe{0, 0.0};
     auto record = [&](const KeyMaximum& m) {
-        if (m.lag >= minLag_ && m.lag <= maxLag_ && count < kMaxKeyMaxima && Repeats(n, m)) {
+        if (m.lag >= range.min && m.lag <= range.max && count < kMaxKeyMaxima && Repeats(n, m, range)) {
             keyMaxima_[count++] = {m.lag, InterpolatedPeak(n, m.lag).value};
         }
     };
-    for (int lag = 1; lag <= maxLag_ + 1; ++lag) {
+    for (int lag = 1; lag <= range.max + 1; ++lag) {
         const double v = n[lag];
         if (!seenNegative) {
             seenNegative = v < 0.0;
@@ -179,13 +205,13 @@ int PeriodicityAnalyzer::FindKeyMaxima(const double* n) noexcept
             inLobe = false;
         }
     }
-    if (inLobe && lobe.lag <= maxLag_) {
+    if (inLobe && lobe.lag <= range.max) {
         record(lobe);
     }
     return count;
 }
 
-int PeriodicityAnalyzer::ChooseKeyMaximum(int count, double preferredFrequency) const noexcept
+int PeriodicityAnalyzer::ChooseKeyMaximum(int count, double preferredLag) const noexcept
 {
     double best = 0.0;
     for (int i = 0; i < count; ++i) {
@@ -195,10 +221,9 @@ int PeriodicityAnalyzer::ChooseKeyMaximum(int count, double preferredFrequency) 
     while (keyMaxima_[chosen].value < kPickFactor * best) {
         ++chosen;
     }
-    if (preferredFrequency <= 0.0) {
+    if (preferredLag <= 0.0) {
         return chosen;
     }
-    const double preferredLag = analysisRate_ / preferredFrequency;
     int nearest = -1;
     double nearestDistance = 0.0;
     for (int i = 0; i < count; ++i) {
@@ -265,11 +290,12 @@ PeriodEstimate PeriodicityAnalyzer::Analyse(double preferredFrequency) noexcept
 {
     signal_.Normalise();
     const double* n = signal_.Normalised();
-    const int count = FindKeyMaxima(n);
+    const int count = FindKeyMaxima(n, lags_);
     if (count == 0) {
         return {};
     }
-    const Peak peak = InterpolatedPeak(n, keyMaxima_[ChooseKeyMaximum(count, preferredFrequency)].lag);
+    const double preferredLag = preferredFrequency > 0.0 ? analysisRate_ / preferredFrequency : 0.0;
+    const Peak peak = InterpolatedPeak(n, keyMaxima_[ChooseKeyMaximum(count, preferredLag)].lag);
     const double fullRateLag = peak.lag < kRefineBelowLag ? RefineAtFullRate(peak.lag) : peak.lag * decimation_;
     return {analysisRate_ * decimation_ / fullRateLag, std::min(1.0, peak.value)};
 }
@@ -281,12 +307,12 @@ PeriodEstimate PeriodicityAnalyzer::AnalyseResidual() noexcept
     }
     residual_.Normalise();
     const double* n = residual_.Normalised();
-    const int count = FindKeyMaxima(n);
+    const int count = FindKeyMaxima(n, residualLags_);
     if (count == 0) {
         return {};
     }
     const Peak peak = InterpolatedPeak(n, keyMaxima_[ChooseKeyMaximum(count, 0.0)].lag);
-    return {analysisRate_ / peak.lag, std::min(1.0, peak.value)};
+    return {analysisRate_ / residualStep_ / peak.lag, std::min(1.0, peak.value)};
 }
 
 double PeriodicityAnalyzer::RecentPower(double seconds) const noexcept
@@ -296,7 +322,7 @@ double PeriodicityAnalyzer::RecentPower(double seconds) const noexcept
 
 double PeriodicityAnalyzer::RecentResidualPower(double seconds) const noexcept
 {
-    return residual_.Power(uint64_t(seconds * analysisRate_ + 0.5)) / (kQuantScale * kQuantScale);
+    return residual_.Power(uint64_t(seconds * analysisRate_ / residualStep_ + 0.5)) / (kQuantScale * kQuantScale);
 }
 
 } // namespace vocato::precise

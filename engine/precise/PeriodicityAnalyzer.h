@@ -10,7 +10,8 @@
 //
 // A second bank analyses the input with the sounding note cancelled: a comb filter that
 // subtracts the input one period of that note earlier (de Cheveigné's harmonic cancellation,
-// 1993). When a note is released into the next one (legato, or the release of a synthesizer or
+// 1993). It only has to name the new note, so it runs at half the analysis rate when that
+// still holds its fundamental comfortably. When a note is released into the next one (legato, or the release of a synthesizer or
 // a room), the mixture of both is periodic in their common period, a sub-harmonic of both;
 // with the old note cancelled, the new one shows its own period.
 //
@@ -66,13 +67,18 @@ private:
         double lag;
         double value;
     };
+    // The lags one bank searches.
+    struct LagRange {
+        int min = 2;
+        int max = 2;
+    };
 
     void PushDecimated(int32_t value) noexcept;
-    int32_t Cancelled(int32_t value) const noexcept;
+    double Cancelled(int32_t value) const noexcept;
     Peak InterpolatedPeak(const double* n, int lag) const noexcept;
-    bool Repeats(const double* n, const KeyMaximum& m) const noexcept;
-    int FindKeyMaxima(const double* n) noexcept;
-    int ChooseKeyMaximum(int count, double preferredFrequency) const noexcept;
+    bool Repeats(const double* n, const KeyMaximum& m, const LagRange& range) const noexcept;
+    int FindKeyMaxima(const double* n, const LagRange& range) noexcept;
+    int ChooseKeyMaximum(int count, double preferredLag) const noexcept;
     double FullRateNormalised(int lag) const noexcept;
     double RefineAtFullRate(double decimatedLag) const noexcept;
 
@@ -87,8 +93,11 @@ private:
     Biquad lowPass_[3];
     int decimation_ = 1;
     int phase_ = 0;
-    int minLag_ = 2;
-    int maxLag_ = 2;
+    LagRange lags_;
+    LagRange residualLags_;
+    int residualStep_ = 1; // the residual bank runs at the analysis rate / residualStep_
+    int residualPhase_ = 0;
+    double residualPrevious_[2] = {0.0, 0.0};
     double cancelledLag_ = 0.0; // decimated samples; 0 = none
     double analysisRate_ = 44100.0;
 };
