@@ -19,8 +19,22 @@ struct MixtureView {
     double residualShare = 0.0; // power with the old note cancelled / power of the input
 };
 
-// The frequency and clarity to decide on; `cancelled` is the frequency being cancelled (0 for
-// none).
-MixtureView ChooseSource(const MixtureView& view, double cancelled) noexcept;
+// The frequency and clarity to decide on; `cancelled` is the frequency being cancelled and
+// `previous` that of the note before, while it may still ring (0 for none).
+MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous) noexcept;
+
+enum class Hidden {
+    No,
+    // the note the sounding one replaced (`replaced`, 0 when it no longer rings), or a blend
+    // of the cancelled note with a neighbour that the analysis cannot yet separate (a pitch
+    // between the two)
+    ByNeighbour,
+    // a common sub-harmonic of the sounding note and another: 3 or more of its periods
+    BySubharmonic,
+};
+
+// Whether the input's own estimate `own`, taken while `sounding` sounds, more likely shows a
+// mixture than a new note. Such a frame says nothing about the next note.
+Hidden HiddenByMixture(double own, double sounding, double replaced, double cancelled) noexcept;
 
 } // namespace vocato::precise

@@ -52,6 +52,13 @@ constexpr double kMinNoteSeconds = 0.05;
 // How long a released note is assumed to ring on (a synthesizer's release, a room's
 // reverberation) and is cancelled from the input so the next note shows through.
 constexpr double kRingSeconds = 0.3;
+// The longest a mixture may hide the next note before the input is taken as it is; a leap
+// down to exactly 3, 4 ... periods of the sounding note is rare, a mixture's common period
+// frequent, so that one is doubted for longer.
+constexpr double kHiddenSeconds = 0.03;
+constexpr double kSubharmonicSeconds = 0.15;
+// The replaced note no longer rings once the input is this clearly the new note.
+constexpr double kClearlyNew = 0.95;
 // Pitches closer than this (semitones) belong to the same note.
 constexpr double kSameNote = 0.75;
 
@@ -92,18 +99,21 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
     out->noteOn = -1;
     const MixtureView chosen = ChooseSource({frame.frequency, frame.clarity, frame.residualFrequency,
                                              frame.residualClarity, frame.residualShare},
-                                            ringingFrequency_);
+                                            ringingFrequency_, previousFrequency_);
     FrameFeatures f = frame;
     f.frequency = chosen.frequency;
     f.clarity = chosen.clarity;
     f.fromResidual = chosen.frequency != frame.frequency;
     const double pitch = f.frequency > 0.0 ? PitchOf(f.frequency, s.refPitch) : 0.0;
     if (sounding_) {
-        // While the note it replaced still dominates and hides it, a frame says nothing
-        // about the new note.
-        const bool masked = replacedFrequency_ > 0.0 && f.frequency > 0.0 &&
-                            std::abs(12.0 * std::log2(f.frequency / replacedFrequency_)) < kSameNote;
-        if (masked) {
+        // While a mixture hides what comes next, a frame says nothing about it; but a mixture
+        // that lasts is what the input is, and the own estimate counts again.
+        const Hidden hidden = f.fromResidual ? Hidden::No
+                                             : HiddenByMixture(f.frequency, soundingFrequency_,
+                                                               replacedFrequency_, ringingFrequency_);
+        hiddenSamples_ = hidden != Hidden::No ? hiddenSamples_ + f.samples : 0;
+        const double patience = hidden == Hidden::BySubharmonic ? kSubharmonicSeconds : kHiddenSeconds;
+        if (hidden != Hidden::No && hiddenSamples_ < Samples(patience, s.sampleRate)) {
             noteSamples_ += f.samples;
         } else {
             DecideSounding(s, f, pitch, out);
@@ -145,7 +155,9 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     noteSamples_ += f.samples;
     // An attack or a break seen during a short dropout still counts once the sound is back.
     const bool settled = noteSamples_ >= Samples(kMinNoteSeconds, s.sampleRate);
-    if (settled && (f.attack || f.clarity < kBreakRatio * noteClarity_)) {
+    // The periodicity of a residual is not comparable with that of the whole input.
+    const bool broken = !f.fromResidual && f.clarity < kBreakRatio * noteClarity_;
+    if (settled && (f.attack || broken)) {
         interrupted_ = true;
     }
     const bool voiced = f.frequency > 0.0 && f.clarity >= kHoldClarity && f.level > s.holdLevel;
@@ -167,8 +179,9 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
         return;
     }
     const double weight = std::min(1.0, f.samples / (kClaritySeconds * s.sampleRate));
-    noteClarity_ += weight * (f.clarity - noteClarity_);
-    soundingFrequency_ = f.frequency;
+    if (!f.fromResidual) {
+        noteClarity_ += weight * (f.clarity - noteClarity_);
+    }
     if (std::abs(pitch - note_) > 0.5 + kChangeMargin) {
         const int nearest = Nearest(pitch);
         TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
@@ -178,6 +191,9 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
             StartNote(s, f, candidate_, out);
         }
     } else {
+        // Only a frame that belongs to the note moves its pitch (the bend, the continuity of
+        // the analysis, the period to cancel).
+        soundingFrequency_ = f.frequency;
         ClearCandidate();
     }
     WriteBendAndExpression(s, f, pitch, out);
@@ -190,7 +206,7 @@ void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& f
     ringSamples_ += frame.samples;
     const bool ringing = ringSamples_ < Samples(kRingSeconds, s.sampleRate);
     if (sounding_) {
-        const bool ownIsNew = frame.frequency > 0.0 &&
+        const bool ownIsNew = frame.frequency > 0.0 && frame.clarity >= kClearlyNew &&
                               std::abs(12.0 * std::log2(frame.frequency / soundingFrequency_)) < kSameNote;
         if (replacedFrequency_ > 0.0 && (ownIsNew || !ringing)) {
             replacedFrequency_ = 0.0;
@@ -198,6 +214,9 @@ void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& f
         ringingFrequency_ = replacedFrequency_ > 0.0 ? replacedFrequency_ : soundingFrequency_;
     } else if (!ringing) {
         ringingFrequency_ = 0.0;
+    }
+    if (!ringing) {
+        previousFrequency_ = 0.0;
     }
 }
 
@@ -242,6 +261,7 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
         ringingFrequency_ > 0.0 && std::abs(12.0 * std::log2(f.frequency / ringingFrequency_)) >= kSameNote
             ? ringingFrequency_
             : 0.0;
+    previousFrequency_ = replacedFrequency_;
     ringSamples_ = 0;
     interruptedNote_ = -1;
     sounding_ = true;
@@ -251,7 +271,7 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
     interrupted_ = false;
     ClearCandidate();
     soundingFrequency_ = f.frequency;
-    noteClarity_ = f.clarity;
+    noteClarity_ = f.fromResidual ? kStartClarity : f.clarity;
     out->noteOn = static_cast<int16_t>(note);
     const int level = LevelValue(s, f.level);
     switch (s.levelMode) {

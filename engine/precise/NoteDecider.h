@@ -70,7 +70,9 @@ private:
     double soundingFrequency_ = 0.0;
     double ringingFrequency_ = 0.0;  // cancelled by the analysis
     double replacedFrequency_ = 0.0; // the note the sounding one replaced, while it dominates
+    double previousFrequency_ = 0.0; // that note, while it may still ring at all
     uint32_t ringSamples_ = 0;       // since the last note started or ended
+    uint32_t hiddenSamples_ = 0;     // of frames in a row that a mixture hid
 };
 
 } // namespace vocato::precise

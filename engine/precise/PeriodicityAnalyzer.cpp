@@ -211,7 +211,7 @@ int PeriodicityAnalyzer::FindKeyMaxima(const double* n, const LagRange& range) n
     return count;
 }
 
-int PeriodicityAnalyzer::ChooseKeyMaximum(int count, double preferredLag) const noexcept
+int PeriodicityAnalyzer::ChooseLag(const double* n, int count, double preferredLag, const LagRange& range) const noexcept
 {
     double best = 0.0;
     for (int i = 0; i < count; ++i) {
@@ -221,24 +221,27 @@ int PeriodicityAnalyzer::ChooseKeyMaximum(int count, double preferredLag) const 
     while (keyMaxima_[chosen].value < kPickFactor * best) {
         ++chosen;
     }
+    const int chosenLag = keyMaxima_[chosen].lag;
     if (preferredLag <= 0.0) {
-        return chosen;
+        return chosenLag;
     }
-    int nearest = -1;
-    double nearestDistance = 0.0;
-    for (int i = 0; i < count; ++i) {
-        const double distance = std::abs(std::log2(keyMaxima_[i].lag / preferredLag));
-        if (nearest < 0 || distance < nearestDistance) {
-            nearest = i;
-            nearestDistance = distance;
+    // The highest local maximum within a whole tone of the sounding note's lag. It need not be
+    // a key maximum: in a mixture it may share a positive lobe with a higher peak.
+    const double tone = std::exp2(2.0 / 12.0);
+    const int low = std::max(range.min, static_cast<int>(preferredLag / tone));
+    const int high = std::min(range.max, static_cast<int>(preferredLag * tone) + 1);
+    int kept = 0;
+    for (int lag = low; lag <= high; ++lag) {
+        if (n[lag] >= n[lag - 1] && n[lag] >= n[lag + 1] && (kept == 0 || n[lag] > n[kept])) {
+            kept = lag;
         }
     }
-    // Within a whole tone of the sounding note, and the choice is an octave-like jump away.
-    const double jump = std::abs(std::log2(double(keyMaxima_[chosen].lag) / keyMaxima_[nearest].lag));
-    if (nearestDistance < 2.0 / 12.0 && jump > 0.5 && keyMaxima_[nearest].value >= kKeepFactor * best) {
-        return nearest;
+    // Kept against an octave-like jump while its periodicity is within reach of the best.
+    if (kept > 0 && std::abs(std::log2(double(chosenLag) / kept)) > 0.5 &&
+        InterpolatedPeak(n, kept).value >= kKeepFactor * best) {
+        return kept;
     }
-    return chosen;
+    return chosenLag;
 }
 
 double PeriodicityAnalyzer::FullRateNormalised(int lag) const noexcept
@@ -295,7 +298,7 @@ PeriodEstimate PeriodicityAnalyzer::Analyse(double preferredFrequency) noexcept
         return {};
     }
     const double preferredLag = preferredFrequency > 0.0 ? analysisRate_ / preferredFrequency : 0.0;
-    const Peak peak = InterpolatedPeak(n, keyMaxima_[ChooseKeyMaximum(count, preferredLag)].lag);
+    const Peak peak = InterpolatedPeak(n, ChooseLag(n, count, preferredLag, lags_));
     const double fullRateLag = peak.lag < kRefineBelowLag ? RefineAtFullRate(peak.lag) : peak.lag * decimation_;
     return {analysisRate_ * decimation_ / fullRateLag, std::min(1.0, peak.value)};
 }
@@ -311,7 +314,7 @@ PeriodEstimate PeriodicityAnalyzer::AnalyseResidual() noexcept
     if (count == 0) {
         return {};
     }
-    const Peak peak = InterpolatedPeak(n, keyMaxima_[ChooseKeyMaximum(count, 0.0)].lag);
+    const Peak peak = InterpolatedPeak(n, ChooseLag(n, count, 0.0, residualLags_));
     return {analysisRate_ / residualStep_ / peak.lag, std::min(1.0, peak.value)};
 }
 

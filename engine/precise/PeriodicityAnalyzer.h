@@ -78,7 +78,7 @@ private:
     Peak InterpolatedPeak(const double* n, int lag) const noexcept;
     bool Repeats(const double* n, const KeyMaximum& m, const LagRange& range) const noexcept;
     int FindKeyMaxima(const double* n, const LagRange& range) noexcept;
-    int ChooseKeyMaximum(int count, double preferredLag) const noexcept;
+    int ChooseLag(const double* n, int count, double preferredLag, const LagRange& range) const noexcept;
     double FullRateNormalised(int lag) const noexcept;
     double RefineAtFullRate(double decimatedLag) const noexcept;
 

@@ -99,6 +99,34 @@ TEST(PreciseTracking, OctaveLeapsAreFollowed) {
     EXPECT_EQ(NoteNumbers(run), (std::vector<int>{50, 62, 50, 62}));
 }
 
+// A released note rings on under the next one (a synthesizer's release, a room): the mixture of
+// a fourth is periodic in their common period, two octaves below the old note, which must not
+// become a note; the new note must be found while the old one still rings.
+TEST(PreciseTracking, NoteReleasedIntoTheNextIsFollowedThroughTheMixture) {
+    for (auto [from, to] : {std::pair{55, 60}, std::pair{60, 55}, std::pair{57, 59}}) {
+        const double rate = 44100;
+        const std::vector<int16_t> old = Render({.frequency = NoteFrequency(from), .seconds = 0.7,
+                                                 .levelDb = -8, .harmonics = {1, 0.5, 0.3}});
+        const std::vector<int16_t> next = Render({.frequency = NoteFrequency(to), .seconds = 0.5,
+                                                  .levelDb = -8, .harmonics = {1, 0.5, 0.3}});
+        const size_t change = static_cast<size_t>(0.4 * rate);
+        std::vector<int16_t> mixture(change + next.size());
+        for (size_t i = 0; i < mixture.size(); ++i) {
+            // The old note decays with a 100 ms time constant; the new one rises in 30 ms.
+            const double t = (double(i) - double(change)) / rate;
+            const double oldGain = t < 0 ? 1.0 : std::exp(-t / 0.1);
+            const double newGain = t < 0 ? 0.0 : std::min(1.0, t / 0.03);
+            const double v = (i < old.size() ? oldGain * old[i] : 0.0) + (t < 0 ? 0.0 : newGain * next[i - change]);
+            mixture[i] = Saturate(v);
+        }
+        auto tracker = MakeTracker();
+        const TrackRun run = Track(*tracker, Concat({mixture, Silence(0.1)}));
+        ASSERT_EQ(NoteNumbers(run), (std::vector<int>{from, to})) << from << " to " << to;
+        const double found = run.notes[1].onFrame * 16 / rate - 0.4;
+        EXPECT_LT(found, 0.04) << from << " to " << to;
+    }
+}
+
 TEST(PreciseTracking, PortamentoEndsOnTheTargetAndPassesThroughInOrder) {
     const Tone glide{.frequency = NoteFrequency(55), .seconds = 0.25, .harmonics = {1, 0.5, 0.3},
                      .glideTo = NoteFrequency(60)};
