@@ -14,7 +14,7 @@ namespace {
 constexpr double kStartClarity = 0.85;
 constexpr double kHoldClarity = 0.6;
 // A note starts once the same nearest note has held steadily this long: half a period of it,
-// and never less than 3 ms, so an attack's first unsettled periods do not start a wrong note.
+// and never less than 6 ms, so an attack's first unsettled periods do not start a wrong note.
 constexpr double kConfirmPeriods = 0.5;
 constexpr double kConfirmSeconds = 0.006;
 // Steady means the pitch stays within this span: a glide, or the mixture of a released note
