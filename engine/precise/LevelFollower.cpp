@@ -16,6 +16,12 @@ constexpr double kFloorRiseSeconds = 0.05;
 // settled to within 2 dB of the floor, so one attack fires once.
 const double kAttackRatio = std::pow(10.0, 0.6);
 const double kRearmRatio = std::pow(10.0, 0.2);
+// The ceiling follows the power up at once and down by 20 dB per second, faster than a held
+// note fades (a bass string, a decaying piano-like sample) and far slower than a release
+// (hundreds of dB per second). A release is a fall of 9 dB below the ceiling; the detector
+// re-arms once the power reaches the ceiling again.
+constexpr double kCeilingFallDbPerSecond = 20.0;
+const double kReleaseRatio = std::pow(10.0, -0.9);
 // Rumble and offsets below 20 Hz say nothing about attacks.
 constexpr double kDcCutHz = 20.0;
 // Power below -80 dB full scale is silence, whatever its relative changes.
@@ -29,8 +35,8 @@ void LevelFollower::Configure(double rate) noexcept
     peakDecay_ = std::exp(-1.0 / (kPeakDecaySeconds * rate));
     rate_ = rate;
     previousIn_ = previousOut_ = 0.0;
-    peak_ = floorPower_ = 0.0;
-    armed_ = true;
+    peak_ = floorPower_ = ceilingPower_ = 0.0;
+    armed_ = releaseArmed_ = true;
 }
 
 void LevelFollower::Push(const int16_t* samples, uint32_t count) noexcept
@@ -45,23 +51,31 @@ void LevelFollower::Push(const int16_t* samples, uint32_t count) noexcept
     }
 }
 
-bool LevelFollower::Attack(double power, uint32_t samples) noexcept
+LevelFollower::Events LevelFollower::Follow(double power, uint32_t samples) noexcept
 {
-    const double rise = 1.0 - std::exp(-double(samples) / (kFloorRiseSeconds * rate_));
+    const double seconds = double(samples) / rate_;
+    const double rise = 1.0 - std::exp(-seconds / kFloorRiseSeconds);
     floorPower_ = power < floorPower_ ? power : floorPower_ + rise * (power - floorPower_);
+    ceilingPower_ = std::max(power, ceilingPower_ * std::pow(10.0, -kCeilingFallDbPerSecond * seconds / 10.0));
+    Events events;
     if (power < kSilentPower) {
         armed_ = true;
-        return false;
+        return events;
     }
     const double ratio = power / std::max(floorPower_, kSilentPower);
     if (armed_ && ratio > kAttackRatio) {
         armed_ = false;
-        return true;
-    }
-    if (ratio < kRearmRatio) {
+        events.attack = true;
+    } else if (ratio < kRearmRatio) {
         armed_ = true;
     }
-    return false;
+    if (releaseArmed_ && power < kReleaseRatio * ceilingPower_) {
+        releaseArmed_ = false;
+        events.release = true;
+    } else if (power >= ceilingPower_) {
+        releaseArmed_ = true;
+    }
+    return events;
 }
 
 } // namespace vocato::precise

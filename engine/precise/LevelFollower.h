@@ -2,9 +2,10 @@
 //
 // The peak envelope (instant attack, 23 ms decay) is the level that the note thresholds and
 // the velocity and expression mapping read, as in the classic engine. The power of the latest
-// period, compared with a slowly rising floor, flags attacks: a repeated note at the same
-// pitch shows no pitch change, but its new attack raises the power well above what it just
-// was.
+// period flags attacks and releases: a repeated note at the same pitch shows no pitch change,
+// but its new attack raises the power well above what it just was; and a released note rings
+// on in its release or in the room, periodic and loud enough, but its power falls far faster
+// than a held note's ever does.
 //
 // Thread contract: audio thread only; never allocates.
 #pragma once
@@ -18,9 +19,14 @@ public:
     void Configure(double rate) noexcept;
     void Push(const int16_t* samples, uint32_t count) noexcept;
 
+    struct Events {
+        bool attack = false;  // on the frame where a new attack is first seen
+        bool release = false; // on the frame where a release is first seen
+    };
+
     // Once per frame, with the power of the latest period and the samples since the last
-    // frame: true on the frame where a new attack is first seen.
-    bool Attack(double power, uint32_t samples) noexcept;
+    // frame.
+    Events Follow(double power, uint32_t samples) noexcept;
     double Peak() const noexcept { return peak_; }
 
 private:
@@ -31,7 +37,9 @@ private:
     double previousOut_ = 0.0;
     double peak_ = 0.0;
     double floorPower_ = 0.0;
+    double ceilingPower_ = 0.0;
     bool armed_ = true;
+    bool releaseArmed_ = true;
 };
 
 } // namespace vocato::precise

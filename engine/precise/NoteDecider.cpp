@@ -131,6 +131,13 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
                              WFETMidiOut* out) noexcept
 {
     const int nearest = Nearest(pitch);
+    // What rings on after a release is that note's tail, not a new note.
+    if (f.attack) {
+        releasedNote_ = -1;
+    }
+    if (nearest == releasedNote_) {
+        return;
+    }
     // A residual has passed its own tests (MixtureChoice.h).
     const double clarity = f.fromResidual ? 0.0 : nearest == interruptedNote_ ? kRestrikeClarity : kStartClarity;
     const bool voiced = f.frequency > 0.0 && f.clarity >= clarity && f.level > s.startLevel;
@@ -159,6 +166,12 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     const bool broken = !f.fromResidual && f.clarity < kBreakRatio * noteClarity_;
     if (settled && (f.attack || broken)) {
         interrupted_ = true;
+    }
+    if (settled && f.release) {
+        const int released = note_;
+        EndNote(out);
+        releasedNote_ = released;
+        return;
     }
     const bool voiced = f.frequency > 0.0 && f.clarity >= kHoldClarity && f.level > s.holdLevel;
     if (!voiced) {
@@ -217,6 +230,7 @@ void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& f
     }
     if (!ringing) {
         previousFrequency_ = 0.0;
+        releasedNote_ = -1;
     }
 }
 
@@ -264,6 +278,7 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
     previousFrequency_ = replacedFrequency_;
     ringSamples_ = 0;
     interruptedNote_ = -1;
+    releasedNote_ = -1;
     sounding_ = true;
     note_ = note;
     noteSamples_ = 0;

@@ -27,6 +27,7 @@ struct FrameFeatures {
     bool fromResidual = false; // set by the decision when it follows the residual
     double level = 0.0;     // peak envelope, 16-bit scale
     bool attack = false;
+    bool release = false;
     uint32_t samples = 0;   // samples this frame covers
 };
 
@@ -56,6 +57,7 @@ private:
     bool interrupted_ = false; // an attack or a break since the note settled
     int note_ = 0;
     int interruptedNote_ = -1; // the note an attack or break ended, until another one starts
+    int releasedNote_ = -1;    // the note a release ended, until an attack or another note
     int noteVelocity_ = 0;
     uint32_t noteSamples_ = 0;
     uint32_t gapSamples_ = 0;

@@ -52,7 +52,9 @@ void PreciseTracker::Calc(WFETMidiOut* out) noexcept
     frame.level = level_.Peak();
     // One period of the estimate (or 5 ms without one) is the span of the attack detector.
     const double span = estimate.frequency > 0.0 ? 1.0 / estimate.frequency : 0.005;
-    frame.attack = level_.Attack(periodicity_.RecentPower(span), samplesSinceCalc_);
+    const LevelFollower::Events events = level_.Follow(periodicity_.RecentPower(span), samplesSinceCalc_);
+    frame.attack = events.attack;
+    frame.release = events.release;
     frame.samples = samplesSinceCalc_;
     samplesSinceCalc_ = 0;
     decider_.Decide(settings_, frame, out);
