@@ -63,12 +63,15 @@ void PreciseTracker::Calc(WFETMidiOut* out) noexcept
 
 uint32_t PreciseTracker::DecisionDelaySamples() const noexcept
 {
-    // A note in the middle of the range (geometric mean) is found once the window of its
-    // periods is filled and it has held for the confirmation time: about three periods.
+    // For a note in the middle of the range (geometric mean): its periodicity passes the start
+    // threshold once about 1.75 periods of it fill the analysis (one period compared with the
+    // one before), then it must hold for the confirmation time, and the frame that reports it
+    // ends up to 16 samples later.
     const double lo = std::max(14.0, std::min(settings_.minFreq, settings_.maxFreq));
-    const double hi = std::max(settings_.minFreq, settings_.maxFreq);
-    const double period = settings_.sampleRate / std::sqrt(lo * hi);
-    return static_cast<uint32_t>(3.0 * period) + kWFETFrameSamples;
+    const double hi = std::max(lo, std::max(settings_.minFreq, settings_.maxFreq));
+    const double period = 1.0 / std::sqrt(lo * hi);
+    const double seconds = 1.75 * period + std::max(0.5 * period, 0.006);
+    return static_cast<uint32_t>(seconds * settings_.sampleRate) + kWFETFrameSamples;
 }
 
 } // namespace vocato::precise
