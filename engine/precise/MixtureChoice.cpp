@@ -58,10 +58,6 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
     return chosen;
 }
 
-} // namespace vocato::precise
-
-namespace vocato::precise {
-
 Hidden HiddenByMixture(double own, double sounding, double replaced, double cancelled) noexcept
 {
     if (own <= 0.0) {

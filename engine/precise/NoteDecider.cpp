@@ -88,11 +88,6 @@ int LevelValue(const PreciseSettings& s, double level)
 
 } // namespace
 
-void NoteDecider::Reset() noexcept
-{
-    *this = NoteDecider{};
-}
-
 void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, WFETMidiOut* out) noexcept
 {
     out->noteOff = -1;

@@ -6,7 +6,9 @@
 // time; it continues while the periodicity and level stay above lower thresholds; it changes
 // only when the pitch has left the sounding note by more than half a semitone plus a margin
 // for a confirmation time (longer for an octave, the typical tracking error); it ends after a
-// short unvoiced gap, not on one bad frame; and a new attack re-strikes it.
+// short unvoiced gap, not on one bad frame, or on a release; and a new attack or a break in
+// the periodicity re-strikes it. While a released note rings on into the next one, the
+// decision follows the analysis of the input with that note cancelled (MixtureChoice.h).
 //
 // Thread contract: audio thread only; never allocates.
 #pragma once
@@ -33,7 +35,6 @@ struct FrameFeatures {
 
 class NoteDecider {
 public:
-    void Reset() noexcept;
     void Decide(const PreciseSettings& settings, const FrameFeatures& frame, WFETMidiOut* out) noexcept;
 
     // The sounding note's current fine pitch in Hz, 0 when idle; the analysis keeps to it.

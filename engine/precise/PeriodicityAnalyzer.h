@@ -55,9 +55,6 @@ public:
     // The same for what remains after cancellation.
     double RecentResidualPower(double seconds) const noexcept;
 
-    double AnalysisRate() const noexcept { return analysisRate_; }
-    int Decimation() const noexcept { return decimation_; }
-
 private:
     struct KeyMaximum {
         int lag;

@@ -83,6 +83,24 @@ TEST(PreciseNoteEvents, NoteEndsSoonAfterTheSoundStops) {
     EXPECT_LT(endSeconds, 0.55);
 }
 
+TEST(PreciseNoteEvents, ReleasedNoteEndsAtItsReleaseNotWithItsTail) {
+    // A held note, then a release of 200 dB per second (a synthesizer's release, a damped
+    // string) that stays periodic and above the hold level for a while.
+    std::vector<int16_t> note = Render({.frequency = NoteFrequency(64), .seconds = 0.8, .harmonics = {1, 0.5, 0.3}});
+    const size_t release = static_cast<size_t>(0.4 * 44100);
+    for (size_t i = release; i < note.size(); ++i) {
+        note[i] = Saturate(note[i] * std::pow(10.0, -200.0 * (i - release) / 44100.0 / 20.0));
+    }
+    auto tracker = MakeTracker();
+    const TrackRun run = Track(*tracker, Concat({note, Silence(0.1)}));
+    ASSERT_EQ(NoteNumbers(run), std::vector<int>{64});
+    // A fall of 9 dB below a ceiling that itself sinks by 20 dB/s takes 50 ms at this rate;
+    // without the release detector the note would last until the tail fades below -36 dB.
+    const double end = run.notes[0].offFrame * 16 / 44100.0;
+    EXPECT_GT(end, 0.42);
+    EXPECT_LT(end, 0.47);
+}
+
 TEST(PreciseNoteEvents, LevelModesWriteVelocityAndExpressionLikeTheEngine) {
     const std::vector<int16_t> tone = Concat({Render({.frequency = 330, .seconds = 0.3, .levelDb = -12}), Silence(0.1)});
     auto firstOn = [](const TrackRun& run) {
