@@ -37,6 +37,9 @@ constexpr double kRepeatFactor = 0.5;
 // A sounding note keeps its own lag against an octave jump while its periodicity stays within
 // this factor of the best: a weak fundamental must not flip the note.
 constexpr double kKeepFactor = 0.75;
+// An octave up counts as exact within 3 %, and as repeating as well within 0.02.
+constexpr double kOctaveTolerance = 0.03;
+constexpr double kOctaveMargin = 0.02;
 // The shortest window of the full-rate refinement.
 constexpr double kRefineSeconds = 0.004;
 // Periods longer than this many decimated samples are already precise to a cent or two by
@@ -236,12 +239,20 @@ int PeriodicityAnalyzer::ChooseLag(const double* n, int count, double preferredL
             kept = lag;
         }
     }
-    // Kept against an octave-like jump while its periodicity is within reach of the best.
-    if (kept > 0 && std::abs(std::log2(double(chosenLag) / kept)) > 0.5 &&
-        InterpolatedPeak(n, kept).value >= kKeepFactor * best) {
-        return kept;
+    // Kept against an octave-like jump while its periodicity is within reach of the best: a
+    // weak fundamental or a strong formant must not flip the note. Not against an exact octave
+    // up that repeats at least as well, though: a blown note may sound its lower octave for the
+    // first few periods before it settles in its register, and a periodic sound matches itself
+    // at two periods as well as at one, so the longer lag would otherwise hold on for ever.
+    if (kept == 0 || std::abs(std::log2(double(chosenLag) / kept)) <= 0.5) {
+        return chosenLag;
     }
-    return chosenLag;
+    const double keptValue = InterpolatedPeak(n, kept).value;
+    const bool octaveUp = std::abs(2.0 * chosenLag / kept - 1.0) < kOctaveTolerance;
+    if (octaveUp && InterpolatedPeak(n, chosenLag).value >= keptValue - kOctaveMargin) {
+        return chosenLag;
+    }
+    return keptValue >= kKeepFactor * best ? kept : chosenLag;
 }
 
 double PeriodicityAnalyzer::FullRateNormalised(int lag) const noexcept

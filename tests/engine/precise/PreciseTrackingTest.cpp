@@ -90,6 +90,18 @@ TEST(PreciseTracking, ToneWithTwentyDecibelNoiseGivesOneNote) {
     }
 }
 
+TEST(PreciseTracking, BlownAttackInTheLowerOctaveSettlesOnTheNote) {
+    // A flute or recorder may sound the octave below for its first periods before it settles
+    // in its register; the note must not stay in the lower octave.
+    const std::vector<int16_t> low = Render({.frequency = NoteFrequency(67), .seconds = 0.03, .harmonics = {1, 0.3}});
+    const std::vector<int16_t> note = Render({.frequency = NoteFrequency(79), .seconds = 0.5, .harmonics = {1, 0.3}});
+    auto tracker = MakeTracker({.minNote = 60, .maxNote = 96});
+    const TrackRun run = Track(*tracker, Concat({Silence(0.05), low, note, Silence(0.1)}));
+    ASSERT_FALSE(run.notes.empty());
+    EXPECT_EQ(run.notes.back().note, 79);
+    EXPECT_LT(run.notes.back().onFrame * 16 / 44100.0, 0.05 + 0.03 + 0.03);
+}
+
 TEST(PreciseTracking, OctaveLeapsAreFollowed) {
     const auto tone = [](int note) {
         return Render({.frequency = NoteFrequency(note), .seconds = 0.35, .harmonics = {1, 0.5, 0.3}});
