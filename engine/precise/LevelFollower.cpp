@@ -51,8 +51,9 @@ void LevelFollower::Push(const int16_t* samples, uint32_t count) noexcept
     }
 }
 
-LevelFollower::Events LevelFollower::Follow(double power, uint32_t samples) noexcept
+LevelFollower::Events LevelFollower::Follow(double power, uint32_t samples, double marginDb) noexcept
 {
+    const double margin = std::pow(10.0, marginDb / 10.0);
     const double seconds = double(samples) / rate_;
     const double rise = 1.0 - std::exp(-seconds / kFloorRiseSeconds);
     floorPower_ = power < floorPower_ ? power : floorPower_ + rise * (power - floorPower_);
@@ -63,13 +64,13 @@ LevelFollower::Events LevelFollower::Follow(double power, uint32_t samples) noex
         return events;
     }
     const double ratio = power / std::max(floorPower_, kSilentPower);
-    if (armed_ && ratio > kAttackRatio) {
+    if (armed_ && ratio > kAttackRatio * margin) {
         armed_ = false;
         events.attack = true;
     } else if (ratio < kRearmRatio) {
         armed_ = true;
     }
-    if (releaseArmed_ && power < kReleaseRatio * ceilingPower_) {
+    if (releaseArmed_ && power * margin < kReleaseRatio * ceilingPower_) {
         releaseArmed_ = false;
         events.release = true;
     } else if (power >= ceilingPower_) {

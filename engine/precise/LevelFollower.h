@@ -24,9 +24,9 @@ public:
         bool release = false; // on the frame where a release is first seen
     };
 
-    // Once per frame, with the power of the latest period and the samples since the last
-    // frame.
-    Events Follow(double power, uint32_t samples) noexcept;
+    // Once per frame, with the power of the latest period, the samples since the last frame
+    // and a margin (dB) by which both the attack and the release thresholds grow.
+    Events Follow(double power, uint32_t samples, double marginDb) noexcept;
     double Peak() const noexcept { return peak_; }
 
 private:

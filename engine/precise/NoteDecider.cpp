@@ -61,6 +61,10 @@ constexpr double kSubharmonicSeconds = 0.15;
 constexpr double kClearlyNew = 0.95;
 // Pitches closer than this (semitones) belong to the same note.
 constexpr double kSameNote = 0.75;
+// A note that is less than perfectly periodic is an ensemble (voices beating against each
+// other), a breathy or noisy source: its level swells and sinks by several decibels without
+// any attack or release. The level events need that much more: 4 dB at a periodicity of 0.9.
+constexpr double kUnclearMarginDb = 40.0;
 
 double PitchOf(double frequency, double refPitch)
 {
@@ -205,6 +209,11 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
         ClearCandidate();
     }
     WriteBendAndExpression(s, f, pitch, out);
+}
+
+double NoteDecider::LevelMarginDb() const noexcept
+{
+    return sounding_ ? kUnclearMarginDb * std::max(0.0, 1.0 - noteClarity_) : 0.0;
 }
 
 void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& frame) noexcept

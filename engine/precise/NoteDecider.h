@@ -42,6 +42,9 @@ public:
     // The note that still rings (sounding, or released a moment ago), for the analysis to
     // cancel; 0 when none.
     double RingingFrequency() const noexcept { return ringingFrequency_; }
+    // How much more (dB) than a steady solo note the level of the sounding note must rise for
+    // an attack or fall for a release.
+    double LevelMarginDb() const noexcept;
 
 private:
     void DecideIdle(const PreciseSettings& s, const FrameFeatures& f, double pitch, WFETMidiOut* out) noexcept;
