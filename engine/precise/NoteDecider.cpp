@@ -28,6 +28,9 @@ constexpr double kCandidateReach = 0.65;
 // does not continue the phase of the old waveform. The next note then needs its own
 // confirmation, so a repeated pitch is struck again.
 constexpr double kBreakRatio = 0.8;
+// For a note whose periodicity wanders (an ensemble), the break lies this many mean
+// deviations below its typical periodicity, if that is lower.
+constexpr double kBreakDeviations = 4.0;
 // The note's typical periodicity is a running mean over about 30 ms of frames.
 constexpr double kClaritySeconds = 0.03;
 // A sounding note changes when the pitch has been this far beyond the half-semitone border
@@ -162,7 +165,8 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     // An attack or a break seen during a short dropout still counts once the sound is back.
     const bool settled = noteSamples_ >= Samples(kMinNoteSeconds, s.sampleRate);
     // The periodicity of a residual is not comparable with that of the whole input.
-    const bool broken = !f.fromResidual && f.clarity < kBreakRatio * noteClarity_;
+    const double breakAt = std::min(kBreakRatio * noteClarity_, noteClarity_ - kBreakDeviations * clarityDeviation_);
+    const bool broken = !f.fromResidual && f.clarity < breakAt;
     if (settled && (f.attack || broken)) {
         interrupted_ = true;
     }
@@ -193,6 +197,7 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     const double weight = std::min(1.0, f.samples / (kClaritySeconds * s.sampleRate));
     if (!f.fromResidual) {
         noteClarity_ += weight * (f.clarity - noteClarity_);
+        clarityDeviation_ += weight * (std::abs(f.clarity - noteClarity_) - clarityDeviation_);
     }
     if (std::abs(pitch - note_) > 0.5 + kChangeMargin) {
         const int nearest = Nearest(pitch);
@@ -213,7 +218,8 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
 
 double NoteDecider::LevelMarginDb() const noexcept
 {
-    return sounding_ ? kUnclearMarginDb * std::max(0.0, 1.0 - noteClarity_) : 0.0;
+    // The last note's character holds while it may still ring.
+    return ringingFrequency_ > 0.0 ? kUnclearMarginDb * std::max(0.0, 1.0 - noteClarity_) : 0.0;
 }
 
 void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& frame) noexcept
@@ -291,6 +297,7 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
     ClearCandidate();
     soundingFrequency_ = f.frequency;
     noteClarity_ = f.fromResidual ? kStartClarity : f.clarity;
+    clarityDeviation_ = 0.0;
     out->noteOn = static_cast<int16_t>(note);
     const int level = LevelValue(s, f.level);
     switch (s.levelMode) {

@@ -73,6 +73,7 @@ private:
     double candidateLow_ = 0.0;
     double candidateHigh_ = 0.0;
     double noteClarity_ = 0.0;
+    double clarityDeviation_ = 0.0; // mean distance of the periodicity from noteClarity_
     double soundingFrequency_ = 0.0;
     double ringingFrequency_ = 0.0;  // cancelled by the analysis
     double replacedFrequency_ = 0.0; // the note the sounding one replaced, while it dominates
