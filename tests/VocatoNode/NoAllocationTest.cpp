@@ -1,0 +1,94 @@
+// The node thread never allocates: ten seconds of audio through the real engine, a preset
+// change and a parameter change, with every operator new counted.
+#include "Fixtures.h"
+
+#include "MidiRecording.h"
+#include "VocatoNode.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cmath>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::atomic<bool> counting{false};
+std::atomic<size_t> allocations{0};
+
+} // namespace
+
+void* operator new(size_t size) {
+    if (counting.load(std::memory_order_relaxed)) {
+        allocations.fetch_add(1, std::memory_order_relaxed);
+    }
+    if (void* p = std::malloc(size == 0 ? 1 : size)) {
+        return p;
+    }
+    throw std::bad_alloc();
+}
+
+void operator delete(void* p) noexcept {
+    std::free(p);
+}
+// GCC does not see that the replaced operator new above pairs malloc with this free.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+void operator delete(void* p, size_t) noexcept {
+    std::free(p);
+}
+#pragma GCC diagnostic pop
+
+TEST(NodeThread, TenSecondsOfAudioAndAPresetChangeAllocateNothing) {
+    using namespace vocato;
+    media::ManualClock clock(6'000'000);
+    media::DisplaySink window;
+    NodeOptions options;
+    options.clock = &clock;
+    options.internalSynth = false;
+    VocatoNode node(&window, nullptr, "", 1, std::move(options));
+    node.NodeRegistered();
+    int32_t cookie = 0;
+    media::MediaInput input;
+    node.GetNextInput(&cookie, &input);
+    media::MediaFormat format;
+    format.type = media::MediaType::RawAudio;
+    format.raw.frameRate = 44100;
+    format.raw.channelCount = 2;
+    node.Connected({1, 1}, input.destination, format, &input);
+    node.Start(0);
+    ASSERT_TRUE(ConnectMidiStore(node, window, 1 << 16));
+
+    // A tone that comes and goes, so notes, bends and expression are all sent and recorded.
+    const std::vector<float> tone = test::Sine(330.0, 44100, 0.5, 0.5);
+    std::vector<int16_t> stereo(2 * 512);
+    const int32_t preset = 3;
+    const float transpose = 2.0f;
+    node.SetParameterValue(PARAM_PRESET, clock.NowMicros(), &preset, 4);
+
+    counting.store(true);
+    for (size_t buffer = 0; buffer < 10 * 44100 / 512; ++buffer) {
+        for (size_t i = 0; i < 512; ++i) {
+            const size_t at = (buffer * 512 + i) % (2 * tone.size());
+            const float v = at < tone.size() ? tone[at] : 0.0f;
+            stereo[2 * i] = stereo[2 * i + 1] = static_cast<int16_t>(std::lrint(v * 32767.0f));
+        }
+        if (buffer == 400) {
+            node.SetParameterValue(PARAM_TRANSPOSE, clock.NowMicros(), &transpose, 4);
+        }
+        media::Buffer b;
+        b.data = stereo.data();
+        b.sizeUsed = stereo.size() * 2;
+        node.BufferReceived(b);
+    }
+    counting.store(false);
+
+    EXPECT_EQ(allocations.load(), 0u);
+    int64_t when = 0;
+    int32_t applied = 0;
+    size_t size = 4;
+    node.GetParameterValue(PARAM_PRESET, &when, &applied, &size);
+    EXPECT_EQ(applied, 3);
+    EXPECT_GT(window.recording.Kept()->CountEvents(), kOpeningEvents + 20);
+}

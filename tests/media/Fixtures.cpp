@@ -1,0 +1,159 @@
+#include "Fixtures.h"
+
+#include "FluidSynthSink.h"
+#include "MidiMessage.h"
+#include "SoundFontProbe.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <sndfile.h>
+#include <stdexcept>
+
+namespace vocato::test {
+
+TempDir::TempDir() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "vocato-test-XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) {
+        throw std::runtime_error("mkdtemp failed");
+    }
+    path_ = pattern;
+}
+
+TempDir::~TempDir() {
+    std::error_code ignored;
+    std::filesystem::permissions(path_, std::filesystem::perms::owner_all,
+                                 std::filesystem::perm_options::add, ignored);
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::vector<float> Sine(double hz, double rate, double seconds, double amplitude) {
+    std::vector<float> out(static_cast<size_t>(seconds * rate));
+    for (size_t i = 0; i < out.size(); ++i) {
+        out[i] = static_cast<float>(amplitude * std::sin(2.0 * M_PI * hz * i / rate));
+    }
+    return out;
+}
+
+void WriteSoundFile(const std::string& path, const std::vector<float>& interleaved, int rate,
+                    int channels, int format) {
+    SF_INFO info{};
+    info.samplerate = rate;
+    info.channels = channels;
+    info.format = format;
+    SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
+    if (file == nullptr) {
+        throw std::runtime_error("cannot write " + path + ": " + sf_strerror(nullptr));
+    }
+    sf_writef_float(file, interleaved.data(),
+                    static_cast<sf_count_t>(interleaved.size() / channels));
+    sf_close(file);
+}
+
+std::vector<float> RenderMelody(const std::vector<Note>& notes, int program, double rate,
+                                double tailSeconds) {
+    auto synth = media::FluidSynthSink::Create(rate);
+    const auto font = media::FindSoundFont(media::SoundFontProbeList());
+    if (synth == nullptr || !font || !synth->LoadSoundFont(*font)) {
+        throw std::runtime_error("no General MIDI SoundFont to render with");
+    }
+    synth->Send(media::midi::ProgramChange(1, static_cast<uint8_t>(program)), 0);
+    std::multimap<size_t, media::MidiMessage> events;
+    double end = 0.0;
+    for (const Note& n : notes) {
+        const auto key = static_cast<uint8_t>(n.key);
+        events.emplace(static_cast<size_t>(n.onset * rate), media::midi::NoteOn(1, key, 100));
+        events.emplace(static_cast<size_t>(n.offset * rate), media::midi::NoteOff(1, key, 0));
+        end = std::max(end, n.offset);
+    }
+    const auto total = static_cast<size_t>((end + tailSeconds) * rate);
+    std::vector<float> left(total), right(total), mono(total);
+    size_t at = 0;
+    for (auto it = events.begin(); at < total;) {
+        const size_t next = it == events.end() ? total : std::min(it->first, total);
+        if (next > at) {
+            synth->Render(left.data() + at, right.data() + at, next - at);
+            at = next;
+        }
+        for (; it != events.end() && it->first <= at; ++it) {
+            synth->Send(it->second, 0);
+        }
+    }
+    float peak = 0.0f;
+    for (size_t i = 0; i < total; ++i) {
+        mono[i] = 0.5f * (left[i] + right[i]);
+        peak = std::max(peak, std::fabs(mono[i]));
+    }
+    // Normalised to a peak of -3 dBFS, as the benchmark's recordings are.
+    const float gain = peak > 0.0f ? 0.708f / peak : 1.0f;
+    for (float& v : mono) {
+        v *= gain;
+    }
+    return mono;
+}
+
+double EstimatePitchHz(const float* x, size_t count, double rate) {
+    const auto minLag = static_cast<size_t>(rate / 2000.0);
+    const auto maxLag = std::min(static_cast<size_t>(rate / 40.0), count / 2);
+    std::vector<double> r(maxLag + 1, 0.0);
+    double best = 0.0;
+    for (size_t lag = minLag; lag <= maxLag; ++lag) {
+        double sum = 0.0;
+        for (size_t i = 0; i + lag < count; ++i) {
+            sum += static_cast<double>(x[i]) * x[i + lag];
+        }
+        r[lag] = sum / static_cast<double>(count - lag);
+        best = std::max(best, r[lag]);
+    }
+    if (best <= 0.0) {
+        return 0.0;
+    }
+    // The first peak that comes close to the highest one is the period; later peaks are its
+    // multiples.
+    for (size_t lag = minLag + 1; lag < maxLag; ++lag) {
+        if (r[lag] >= 0.9 * best && r[lag] >= r[lag - 1] && r[lag] >= r[lag + 1]) {
+            const double a = r[lag - 1], b = r[lag], c = r[lag + 1];
+            const double shift = 0.5 * (a - c) / (a - 2.0 * b + c);
+            return rate / (static_cast<double>(lag) + shift);
+        }
+    }
+    return 0.0;
+}
+
+double Cents(double hz, double reference) {
+    return 1200.0 * std::log2(hz / reference);
+}
+
+std::vector<std::string> ReadMidiWithMido(const std::string& path) {
+    const std::string script = "import sys, mido\n"
+                               "m = mido.MidiFile(sys.argv[1])\n"
+                               "print(m.type, m.ticks_per_beat)\n"
+                               "for track in m.tracks:\n"
+                               "    t = 0\n"
+                               "    for msg in track:\n"
+                               "        t += msg.time\n"
+                               "        if msg.is_meta:\n"
+                               "            print(t, 'meta', msg.type, getattr(msg, 'tempo', ''))\n"
+                               "        else:\n"
+                               "            print(t, msg.bytes() and bytes(msg.bytes()).hex())\n";
+    const std::string command = "/usr/bin/python3 -c \"" + script + "\" '" + path + "' 2>&1";
+    FILE* pipe = ::popen(command.c_str(), "r");
+    if (pipe == nullptr) {
+        throw std::runtime_error("cannot run python3");
+    }
+    std::vector<std::string> lines;
+    char line[512];
+    while (std::fgets(line, sizeof line, pipe) != nullptr) {
+        std::string s(line);
+        while (!s.empty() && (s.back() == '\n' || s.back() == ' ')) {
+            s.pop_back();
+        }
+        lines.push_back(s);
+    }
+    ::pclose(pipe);
+    return lines;
+}
+
+} // namespace vocato::test

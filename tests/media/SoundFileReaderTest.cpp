@@ -1,0 +1,139 @@
+#include "Fixtures.h"
+
+#include "SoundFileReader.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sndfile.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using vocato::media::SoundFileReader;
+using vocato::test::TempDir;
+using vocato::test::WriteSoundFile;
+
+namespace {
+
+std::unique_ptr<SoundFileReader> OpenOrFail(const std::string& path) {
+    std::string error;
+    auto reader = SoundFileReader::Open(path, error);
+    EXPECT_NE(reader, nullptr) << error;
+    return reader;
+}
+
+std::string OpenError(const std::string& path) {
+    std::string error;
+    auto reader = SoundFileReader::Open(path, error);
+    EXPECT_EQ(reader, nullptr);
+    return error;
+}
+
+} // namespace
+
+struct SampleFormatCase {
+    const char* name;
+    int format;
+    int tolerance; // in 16-bit steps
+};
+
+class SoundFileSampleFormats : public testing::TestWithParam<SampleFormatCase> {};
+
+TEST_P(SoundFileSampleFormats, EveryStoredFormatReadsAsTheSame16BitSamples) {
+    TempDir dir;
+    const std::vector<float> ramp = {0.5f, -0.5f, 0.25f, -1.0f, 0.0f, 0.9f};
+    const std::string path = dir.File("f.wav");
+    WriteSoundFile(path, ramp, 44100, 1, SF_FORMAT_WAV | GetParam().format);
+    auto reader = OpenOrFail(path);
+    ASSERT_NE(reader, nullptr);
+    int16_t got[8] = {};
+    ASSERT_EQ(reader->Read(got, 8), ramp.size());
+    for (size_t i = 0; i < ramp.size(); ++i) {
+        EXPECT_NEAR(got[i], ramp[i] * 32767.0f, GetParam().tolerance) << "sample " << i;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, SoundFileSampleFormats,
+                         testing::Values(SampleFormatCase{"pcm16", SF_FORMAT_PCM_16, 1},
+                                         SampleFormatCase{"pcm8", SF_FORMAT_PCM_U8, 2 * 256},
+                                         SampleFormatCase{"pcm24", SF_FORMAT_PCM_24, 1},
+                                         SampleFormatCase{"float", SF_FORMAT_FLOAT, 1}),
+                         [](const testing::TestParamInfo<SampleFormatCase>& info) {
+                             return info.param.name;
+                         });
+
+TEST(SoundFileReader, FloatBeyondFullScaleClipsInsteadOfWrapping) {
+    TempDir dir;
+    const std::string path = dir.File("loud.wav");
+    WriteSoundFile(path, {1.5f, -1.5f}, 44100, 1, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
+    auto reader = OpenOrFail(path);
+    ASSERT_NE(reader, nullptr);
+    int16_t got[2] = {};
+    ASSERT_EQ(reader->Read(got, 2), 2u);
+    EXPECT_GT(got[0], 32000);
+    EXPECT_LT(got[1], -32000);
+}
+
+TEST(SoundFileReader, ReportsRateAndChannelsOfUnusualFiles) {
+    TempDir dir;
+    for (const auto& [rate, channels] : {std::pair{8000, 1}, {192000, 2}, {48000, 6}}) {
+        const std::string path = dir.File("x" + std::to_string(rate) + ".flac");
+        WriteSoundFile(path, std::vector<float>(static_cast<size_t>(channels) * 100, 0.1f), rate,
+                       channels, SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
+        auto reader = OpenOrFail(path);
+        ASSERT_NE(reader, nullptr);
+        EXPECT_EQ(reader->Info().sampleRate, rate);
+        EXPECT_EQ(reader->Info().channels, static_cast<uint32_t>(channels));
+        EXPECT_EQ(reader->Info().frames, 100);
+    }
+}
+
+TEST(SoundFileReader, HostileFilesGiveOneClearSentence) {
+    TempDir dir;
+    EXPECT_NE(OpenError(dir.File("missing.wav")).find("No such file"), std::string::npos);
+    EXPECT_NE(OpenError(dir.Path()).find("directory"), std::string::npos);
+
+    const std::string empty = dir.File("empty.wav");
+    std::ofstream(empty).close();
+    EXPECT_NE(OpenError(empty).find("empty"), std::string::npos);
+
+    const std::string text = dir.File("notes.txt");
+    std::ofstream(text) << "this is not audio at all, just words in a file\n";
+    EXPECT_NE(OpenError(text).find("not a sound file"), std::string::npos);
+
+    const std::string full = dir.File("full.wav");
+    WriteSoundFile(full, vocato::test::Sine(440, 44100, 0.5), 44100, 1,
+                   SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    const std::string cut = dir.File("cut-in-header.wav");
+    std::filesystem::copy_file(full, cut);
+    std::filesystem::resize_file(cut, 20);
+    EXPECT_NE(OpenError(cut).find("cut-in-header.wav"), std::string::npos);
+}
+
+TEST(SoundFileReader, AFileCutInsideItsAudioReadsWhatIsThere) {
+    TempDir dir;
+    const std::string path = dir.File("cut.wav");
+    WriteSoundFile(path, vocato::test::Sine(440, 44100, 1.0), 44100, 1,
+                   SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    std::filesystem::resize_file(path, 44 + 2 * 1000);
+    auto reader = OpenOrFail(path);
+    ASSERT_NE(reader, nullptr);
+    std::vector<int16_t> samples(44100);
+    size_t total = 0;
+    for (size_t n; (n = reader->Read(samples.data(), 4096)) != 0;) {
+        total += n;
+    }
+    EXPECT_EQ(total, 1000u);
+}
+
+TEST(SoundFileReader, AFileWithoutReadPermissionIsRefused) {
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "running as root: permissions do not stop reads";
+    }
+    TempDir dir;
+    const std::string path = dir.File("secret.wav");
+    WriteSoundFile(path, {0.1f, 0.2f}, 44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    ::chmod(path.c_str(), 0);
+    EXPECT_NE(OpenError(path).find("Permission denied"), std::string::npos);
+}
