@@ -24,6 +24,7 @@ void PreciseTracker::ApplyGeometry() noexcept
     appliedGeometry_ = settings_.geometryVersion;
     periodicity_.Configure(settings_.sampleRate, settings_.minFreq, settings_.maxFreq);
     level_.Configure(settings_.sampleRate);
+    residual_ = {};
 }
 
 void PreciseTracker::Process(const int16_t* samples, uint32_t byteCount) noexcept
@@ -39,7 +40,12 @@ void PreciseTracker::Calc(WFETMidiOut* out) noexcept
 {
     ApplyGeometry();
     const PeriodEstimate estimate = periodicity_.Analyse(decider_.SoundingFrequency());
-    const PeriodEstimate residual = periodicity_.AnalyseResidual();
+    // The residual only has to name the next note while the old one still rings; every other
+    // frame is soon enough for that, and it halves the cost of the second analysis.
+    if ((frameCount_++ & 1) == 0) {
+        residual_ = periodicity_.AnalyseResidual();
+    }
+    const PeriodEstimate& residual = residual_;
     FrameFeatures frame;
     frame.frequency = estimate.frequency;
     frame.clarity = estimate.clarity;

@@ -34,6 +34,8 @@ private:
     NoteDecider decider_;
     uint32_t appliedGeometry_ = ~0u;
     uint32_t samplesSinceCalc_ = 0;
+    uint64_t frameCount_ = 0;
+    PeriodEstimate residual_;
 };
 
 } // namespace vocato::precise
