@@ -37,6 +37,9 @@ public:
 
 // The specified engine behind the tracker interface; null when the engine cannot be created.
 std::unique_ptr<PitchTracker> MakeClassicTracker();
+// The precise tracker (normalised square-difference analysis, attack detection, note
+// hysteresis); null when it cannot be created.
+std::unique_ptr<PitchTracker> MakePreciseTracker();
 
 std::string_view TrackerName(TrackerKind kind);
 // Parses "classic" or "precise"; false for anything else.

@@ -1,0 +1,58 @@
+// Running square-difference sums of one decimated stream, for every lag at once.
+//
+// For every lag tau the bank holds the sum of (x[j] - x[j - tau])^2 over the last W(tau)
+// samples, with W(tau) one period of tau but never less than a minimum, and turns it into the
+// normalised square-difference function (McLeod and Wyvill, "A smarter way to find pitch",
+// 2005): 1 - sum / (energy of both windows), 1 for an exact repetition, about 0 for noise.
+// Samples are integers and the sums exact (integers below 2^53 in doubles, which vectorise
+// better than 64-bit integers), so they never drift and the result does not depend on how the
+// input was cut into blocks.
+//
+// Thread contract: construction allocates; everything else runs on the audio thread and never
+// allocates.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace vocato::precise {
+
+class DifferenceBank {
+public:
+    // Capacity for the worst configuration the parameter codes allow: 200 kHz without
+    // decimation and a lowest frequency of 14 Hz. Samples must stay within +-2^17, so that
+    // every sum stays below 2^53.
+    static constexpr int kRingSize = 1 << 16;
+    static constexpr int kMaxLag = 15000;
+
+    DifferenceBank();
+
+    // Forgets the past (silence) and sets lags 1 .. maxLag + 1.
+    void Reset(int maxLag, int minWindow) noexcept;
+    void Push(int32_t value) noexcept;
+    // Fills Normalised() for lags 1 .. maxLag + 1.
+    void Normalise() noexcept;
+
+    const double* Normalised() const noexcept { return normalised_.data(); }
+    // Sample `back` samples before the newest (0 = newest), back < kRingSize.
+    double Sample(uint64_t back) const noexcept { return ring_[((count_ - 1 - back) & kMask) + kRingSize]; }
+    // Mean square of the newest `length` samples.
+    double Power(uint64_t length) const noexcept;
+    uint64_t Count() const noexcept { return count_; }
+
+private:
+    static constexpr uint64_t kMask = kRingSize - 1;
+
+    // Twice the ring, each sample written at i and i + kRingSize, so that the samples before
+    // the newest lie at contiguous, unmasked addresses.
+    std::vector<double> ring_;
+    std::vector<uint64_t> energy_; // running sum of squares up to each ring index (mod 2^64)
+    std::vector<double> sums_;
+    std::vector<int32_t> window_;
+    std::vector<double> normalised_;
+    uint64_t count_ = 0;
+    int maxLag_ = 2;
+    int minWindow_ = 2;
+};
+
+} // namespace vocato::precise

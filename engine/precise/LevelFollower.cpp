@@ -1,0 +1,82 @@
+#include "LevelFollower.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace vocato::precise {
+namespace {
+
+// The classic engine's envelope decays by 1023/1024 per sample at 44.1 kHz: 23 ms.
+constexpr double kPeakDecaySeconds = 0.0232;
+// The floor follows the power down at once and up this slowly, so a rise is measured from the
+// lowest recent power (the gap or the decay before a new attack).
+constexpr double kFloorRiseSeconds = 0.05;
+// An attack is a power rise of 6 dB (twice the amplitude) over the floor; the detector re-arms once the power has
+// settled to within 2 dB of the floor, so one attack fires once.
+const double kAttackRatio = std::pow(10.0, 0.6);
+const double kRearmRatio = std::pow(10.0, 0.2);
+// The ceiling follows the power up at once and down by 20 dB per second, faster than a held
+// note fades (a bass string, a decaying piano-like sample) and far slower than a release
+// (hundreds of dB per second). A release is a fall of 9 dB below the ceiling; the detector
+// re-arms once the power reaches the ceiling again.
+constexpr double kCeilingFallDbPerSecond = 20.0;
+const double kReleaseRatio = std::pow(10.0, -0.9);
+// Rumble and offsets below 20 Hz say nothing about attacks.
+constexpr double kDcCutHz = 20.0;
+// Power below -80 dB full scale is silence, whatever its relative changes.
+constexpr double kSilentPower = 32768.0 * 32768.0 * 1e-8;
+
+} // namespace
+
+void LevelFollower::Configure(double rate) noexcept
+{
+    dcPole_ = std::exp(-2.0 * std::numbers::pi * kDcCutHz / rate);
+    peakDecay_ = std::exp(-1.0 / (kPeakDecaySeconds * rate));
+    rate_ = rate;
+    previousIn_ = previousOut_ = 0.0;
+    peak_ = floorPower_ = ceilingPower_ = 0.0;
+    armed_ = releaseArmed_ = true;
+}
+
+void LevelFollower::Push(const int16_t* samples, uint32_t count) noexcept
+{
+    for (uint32_t i = 0; i < count; ++i) {
+        const double in = samples[i];
+        const double x = in - previousIn_ + dcPole_ * previousOut_;
+        previousIn_ = in;
+        previousOut_ = x;
+        const double magnitude = std::abs(x);
+        peak_ = magnitude > peak_ ? magnitude : magnitude + peakDecay_ * (peak_ - magnitude);
+    }
+}
+
+LevelFollower::Events LevelFollower::Follow(double power, uint32_t samples, double marginDb) noexcept
+{
+    const double margin = std::pow(10.0, marginDb / 10.0);
+    const double seconds = double(samples) / rate_;
+    const double rise = 1.0 - std::exp(-seconds / kFloorRiseSeconds);
+    floorPower_ = power < floorPower_ ? power : floorPower_ + rise * (power - floorPower_);
+    ceilingPower_ = std::max(power, ceilingPower_ * std::pow(10.0, -kCeilingFallDbPerSecond * seconds / 10.0));
+    Events events;
+    if (power < kSilentPower) {
+        armed_ = true;
+        return events;
+    }
+    const double ratio = power / std::max(floorPower_, kSilentPower);
+    if (armed_ && ratio > kAttackRatio * margin) {
+        armed_ = false;
+        events.attack = true;
+    } else if (ratio < kRearmRatio) {
+        armed_ = true;
+    }
+    if (releaseArmed_ && power * margin < kReleaseRatio * ceilingPower_) {
+        releaseArmed_ = false;
+        events.release = true;
+    } else if (power >= ceilingPower_) {
+        releaseArmed_ = true;
+    }
+    return events;
+}
+
+} // namespace vocato::precise

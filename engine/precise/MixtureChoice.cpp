@@ -1,0 +1,76 @@
+#include "MixtureChoice.h"
+
+#include <cmath>
+
+namespace vocato::precise {
+namespace {
+
+// The cancelled input must be periodic, if less clearly than a note from silence: what is
+// left of the old note disturbs it.
+constexpr double kResidualClarity = 0.75;
+// And it must carry a real share of the sound: a well cancelled steady note leaves less than
+// -15 dB; a new note rising under a released one passes -8 dB within a few periods.
+constexpr double kResidualShare = 0.15;
+// Pitches closer than this (semitones) count as the same note.
+constexpr double kSameNote = 0.75;
+// Two notes this close (semitones) beat within one analysis window: their mixture shows one
+// period between the two.
+constexpr double kBlendSpan = 2.5;
+// Frequency ratios within this relative distance of a whole number count as harmonic.
+constexpr double kHarmonicTolerance = 0.03;
+
+double Semitones(double a, double b) { return std::abs(12.0 * std::log2(a / b)); }
+
+bool WholeRatio(double ratio)
+{
+    const double nearest = std::round(ratio);
+    return nearest >= 2.0 && std::abs(ratio - nearest) < kHarmonicTolerance * nearest;
+}
+
+} // namespace
+
+MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous) noexcept
+{
+    if (cancelled <= 0.0 || view.residualFrequency <= 0.0 || view.residualClarity < kResidualClarity ||
+        view.residualShare < kResidualShare) {
+        return view;
+    }
+    const double residual = view.residualFrequency;
+    // Left-over harmonics or sub-harmonics of an imperfectly cancelled note, and the note
+    // before it ringing on, are no new note.
+    const auto related = [residual](double other) {
+        return other > 0.0 &&
+               (Semitones(residual, other) < kSameNote || WholeRatio(residual / other) || WholeRatio(other / residual));
+    };
+    if (related(cancelled) || related(previous)) {
+        return view;
+    }
+    // The input's own estimate may still be the old note, a common sub-harmonic of both, or
+    // anything less periodic than what is left with the old note cancelled.
+    const bool ownIsOld = view.frequency <= 0.0 || Semitones(view.frequency, cancelled) < kSameNote;
+    const bool ownIsCommon = view.frequency > 0.0 && WholeRatio(residual / view.frequency);
+    if (!ownIsOld && !ownIsCommon && view.clarity >= view.residualClarity) {
+        return view;
+    }
+    MixtureView chosen = view;
+    chosen.frequency = residual;
+    chosen.clarity = view.residualClarity;
+    return chosen;
+}
+
+Hidden HiddenByMixture(double own, double sounding, double replaced, double cancelled) noexcept
+{
+    if (own <= 0.0) {
+        return Hidden::No;
+    }
+    if (sounding > 0.0 && WholeRatio(sounding / own) && sounding / own > 2.5) {
+        return Hidden::BySubharmonic;
+    }
+    if (replaced > 0.0 && (Semitones(own, replaced) < kSameNote || WholeRatio(replaced / own))) {
+        return Hidden::ByNeighbour;
+    }
+    const double fromCancelled = cancelled > 0.0 ? Semitones(own, cancelled) : 0.0;
+    return fromCancelled >= kSameNote && fromCancelled < kBlendSpan ? Hidden::ByNeighbour : Hidden::No;
+}
+
+} // namespace vocato::precise

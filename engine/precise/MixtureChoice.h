@@ -1,0 +1,40 @@
+// Which periodicity the note decision should see when a note is released into the next one.
+//
+// The input's own periodicity answers for the dominant sound. While the last note still rings
+// (it is sounding, or its release has not died away), the analysis also looks at the input
+// with that note cancelled. When the cancelled input holds a strong periodic sound of another
+// pitch, and the input's own estimate is either still the old note or a common sub-harmonic of
+// old and new (the period of the mixture), the new sound is the one to follow.
+//
+// Thread contract: a pure function; audio thread safe.
+#pragma once
+
+namespace vocato::precise {
+
+struct MixtureView {
+    double frequency = 0.0; // the input's own best period, Hz (0 none)
+    double clarity = 0.0;
+    double residualFrequency = 0.0; // the best period with the old note cancelled
+    double residualClarity = 0.0;
+    double residualShare = 0.0; // power with the old note cancelled / power of the input
+};
+
+// The frequency and clarity to decide on; `cancelled` is the frequency being cancelled and
+// `previous` that of the note before, while it may still ring (0 for none).
+MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous) noexcept;
+
+enum class Hidden {
+    No,
+    // the note the sounding one replaced (`replaced`, 0 when it no longer rings), or a blend
+    // of the cancelled note with a neighbour that the analysis cannot yet separate (a pitch
+    // between the two)
+    ByNeighbour,
+    // a common sub-harmonic of the sounding note and another: 3 or more of its periods
+    BySubharmonic,
+};
+
+// Whether the input's own estimate `own`, taken while `sounding` sounds, more likely shows a
+// mixture than a new note. Such a frame says nothing about the next note.
+Hidden HiddenByMixture(double own, double sounding, double replaced, double cancelled) noexcept;
+
+} // namespace vocato::precise

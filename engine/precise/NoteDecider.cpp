@@ -1,0 +1,356 @@
+#include "NoteDecider.h"
+
+#include "MixtureChoice.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vocato::precise {
+namespace {
+
+// Periodicity (normalised, 1 = exact repetition) needed to start a note and to keep one.
+// Noise scores near 0, a clean tone near 1, a voice with breath or a 20 dB noise floor
+// around 0.9.
+constexpr double kStartClarity = 0.85;
+constexpr double kHoldClarity = 0.6;
+// A note starts once the same nearest note has held steadily this long: half a period of it,
+// and never less than 6 ms, so an attack's first unsettled periods do not start a wrong note.
+constexpr double kConfirmPeriods = 0.5;
+constexpr double kConfirmSeconds = 0.006;
+// Steady means the pitch stays within this span: a glide, or the mixture of a released note
+// with the next one, moves further and restarts the confirmation.
+constexpr double kSteadySpan = 0.25;
+// A candidate keeps its note while the pitch stays within this distance of it, so a pitch
+// sitting on the border between two notes does not restart the confirmation on every frame.
+constexpr double kCandidateReach = 0.65;
+// A note that has sounded for a while ends when its periodicity breaks down to this fraction
+// of what it has been: a new excitation (re-articulation, a new bow or breath, a legato step)
+// does not continue the phase of the old waveform. The next note then needs its own
+// confirmation, so a repeated pitch is struck again.
+constexpr double kBreakRatio = 0.8;
+// For a note whose periodicity wanders (an ensemble), the break lies this many mean
+// deviations below its typical periodicity, if that is lower.
+constexpr double kBreakDeviations = 4.0;
+// The note's typical periodicity is a running mean over about 30 ms of frames.
+constexpr double kClaritySeconds = 0.03;
+// A sounding note changes when the pitch has been this far beyond the half-semitone border
+// for half a period (at least 6 ms); vibrato of +-50 cents around the note stays inside.
+constexpr double kChangeMargin = 0.25;
+constexpr double kChangePeriods = 0.5;
+constexpr double kChangeSeconds = 0.006;
+// Octave jumps are the typical error of period trackers: they must hold twice as long.
+constexpr double kOctaveFactor = 2.0;
+// A note ends once the level has stayed below the hold level this long. Dropouts of
+// periodicity at a sounding level (a consonant, a bow change, the overlap of a released note
+// with the next) are bridged for longer, so they do not split a note.
+constexpr double kGapSeconds = 0.008;
+constexpr double kDropoutSeconds = 0.025;
+// After an attack or a break, the note it interrupted may only start again on a clearly
+// periodic sound: the overlap of a released note with its successor still shows the old pitch
+// for a few periods, and that must not strike the old note once more.
+constexpr double kRestrikeClarity = 0.95;
+// An attack re-strikes only a note that has sounded this long; 20 notes per second is about
+// the fastest anyone re-articulates one pitch.
+constexpr double kMinNoteSeconds = 0.05;
+// How long a released note is assumed to ring on (a synthesizer's release, a room's
+// reverberation) and is cancelled from the input so the next note shows through.
+constexpr double kRingSeconds = 0.3;
+// The longest a mixture may hide the next note before the input is taken as it is; a leap
+// down to exactly 3, 4 ... periods of the sounding note is rare, a mixture's common period
+// frequent, so that one is doubted for longer.
+constexpr double kHiddenSeconds = 0.03;
+constexpr double kSubharmonicSeconds = 0.15;
+// The replaced note no longer rings once the input is this clearly the new note.
+constexpr double kClearlyNew = 0.95;
+// Pitches closer than this (semitones) belong to the same note.
+constexpr double kSameNote = 0.75;
+// A note that is less than perfectly periodic is an ensemble (voices beating against each
+// other), a breathy or noisy source: its level swells and sinks by several decibels without
+// any attack or release. The level events need that much more: 4 dB at a periodicity of 0.9.
+constexpr double kUnclearMarginDb = 40.0;
+
+double PitchOf(double frequency, double refPitch)
+{
+    return 69.0 + 12.0 * std::log2(frequency / refPitch);
+}
+
+int Nearest(double pitch) { return static_cast<int>(std::floor(pitch + 0.5)); }
+
+uint32_t Samples(double seconds, double rate) { return static_cast<uint32_t>(seconds * rate); }
+
+uint32_t PeriodsOr(double periods, double seconds, double frequency, double rate)
+{
+    return std::max(Samples(periods / frequency, rate), Samples(seconds, rate));
+}
+
+int LevelValue(const PreciseSettings& s, double level)
+{
+    if (level <= 1e-20) {
+        return 0;
+    }
+    const double db = 20.0 * std::log10(level / 32768.0);
+    const double value = 127.0 * (1.0 - (s.levelCeilDb - db) / (s.levelCeilDb - s.levelFloorDb));
+    return std::clamp(static_cast<int>(std::clamp(value, -1.0, 128.0)), 0, 127);
+}
+
+} // namespace
+
+void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, WFETMidiOut* out) noexcept
+{
+    out->noteOff = -1;
+    out->noteOn = -1;
+    const MixtureView chosen = ChooseSource({frame.frequency, frame.clarity, frame.residualFrequency,
+                                             frame.residualClarity, frame.residualShare},
+                                            ringingFrequency_, previousFrequency_);
+    FrameFeatures f = frame;
+    f.frequency = chosen.frequency;
+    f.clarity = chosen.clarity;
+    f.fromResidual = chosen.frequency != frame.frequency;
+    const double pitch = f.frequency > 0.0 ? PitchOf(f.frequency, s.refPitch) : 0.0;
+    if (sounding_) {
+        // While a mixture hides what comes next, a frame says nothing about it; but a mixture
+        // that lasts is what the input is, and the own estimate counts again.
+        const Hidden hidden = f.fromResidual ? Hidden::No
+                                             : HiddenByMixture(f.frequency, soundingFrequency_,
+                                                               replacedFrequency_, ringingFrequency_);
+        hiddenSamples_ = hidden != Hidden::No ? hiddenSamples_ + f.samples : 0;
+        const double patience = hidden == Hidden::BySubharmonic ? kSubharmonicSeconds : kHiddenSeconds;
+        if (hidden != Hidden::No && hiddenSamples_ < Samples(patience, s.sampleRate)) {
+            noteSamples_ += f.samples;
+        } else {
+            DecideSounding(s, f, pitch, out);
+        }
+    } else {
+        DecideIdle(s, f, pitch, out);
+    }
+    FollowRinging(s, frame);
+    out->bend = std::clamp<int16_t>(out->bend, 0, 16383);
+    out->expression = std::clamp<int16_t>(out->expression, 0, 127);
+    out->velocity = std::clamp<int16_t>(out->velocity, 0, 127);
+}
+
+void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, double pitch,
+                             WFETMidiOut* out) noexcept
+{
+    const int nearest = Nearest(pitch);
+    // What rings on after a release is that note's tail, not a new note.
+    if (f.attack) {
+        releasedNote_ = -1;
+    }
+    if (nearest == releasedNote_) {
+        return;
+    }
+    // A residual has passed its own tests (MixtureChoice.h).
+    const double clarity = f.fromResidual ? 0.0 : nearest == interruptedNote_ ? kRestrikeClarity : kStartClarity;
+    const bool voiced = f.frequency > 0.0 && f.clarity >= clarity && f.level > s.startLevel;
+    if (!voiced) {
+        // An attack is noisy: a few unclear frames pause the confirmation, more restart it.
+        candidateMisses_ += f.samples;
+        if (candidateMisses_ > Samples(kConfirmSeconds, s.sampleRate)) {
+            ClearCandidate();
+        }
+        return;
+    }
+    TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
+    if (candidateSamples_ >= PeriodsOr(kConfirmPeriods, kConfirmSeconds, f.frequency, s.sampleRate)) {
+        StartNote(s, f, candidate_, out);
+        WriteBendAndExpression(s, f, pitch, out);
+    }
+}
+
+void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& f, double pitch,
+                                 WFETMidiOut* out) noexcept
+{
+    noteSamples_ += f.samples;
+    // An attack or a break seen during a short dropout still counts once the sound is back.
+    const bool settled = noteSamples_ >= Samples(kMinNoteSeconds, s.sampleRate);
+    // The periodicity of a residual is not comparable with that of the whole input.
+    const double breakAt = std::min(kBreakRatio * noteClarity_, noteClarity_ - kBreakDeviations * clarityDeviation_);
+    const bool broken = !f.fromResidual && f.clarity < breakAt;
+    if (settled && (f.attack || broken)) {
+        interrupted_ = true;
+    }
+    if (settled && f.release) {
+        const int released = note_;
+        EndNote(out);
+        releasedNote_ = released;
+        return;
+    }
+    const bool voiced = f.frequency > 0.0 && f.clarity >= kHoldClarity && f.level > s.holdLevel;
+    if (!voiced) {
+        gapSamples_ += f.samples;
+        const double tolerance = f.level > s.holdLevel ? kDropoutSeconds : kGapSeconds;
+        if (gapSamples_ >= Samples(tolerance, s.sampleRate)) {
+            EndNote(out);
+        }
+        return;
+    }
+    gapSamples_ = 0;
+    if (interrupted_) {
+        // The new attack gets its own confirmation, like any note from silence.
+        const int interrupted = note_;
+        EndNote(out);
+        interruptedNote_ = interrupted;
+        DecideIdle(s, f, pitch, out);
+        return;
+    }
+    const double weight = std::min(1.0, f.samples / (kClaritySeconds * s.sampleRate));
+    if (!f.fromResidual) {
+        noteClarity_ += weight * (f.clarity - noteClarity_);
+        clarityDeviation_ += weight * (std::abs(f.clarity - noteClarity_) - clarityDeviation_);
+    }
+    if (std::abs(pitch - note_) > 0.5 + kChangeMargin) {
+        const int nearest = Nearest(pitch);
+        TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
+        const double factor = std::abs(std::abs(candidate_ - note_) - 12) <= 1 ? kOctaveFactor : 1.0;
+        if (candidateSamples_ >= factor * PeriodsOr(kChangePeriods, kChangeSeconds, f.frequency, s.sampleRate)) {
+            out->noteOff = static_cast<int16_t>(note_);
+            StartNote(s, f, candidate_, out);
+        }
+    } else {
+        // Only a frame that belongs to the note moves its pitch (the bend, the continuity of
+        // the analysis, the period to cancel).
+        soundingFrequency_ = f.frequency;
+        ClearCandidate();
+    }
+    WriteBendAndExpression(s, f, pitch, out);
+}
+
+double NoteDecider::LevelMarginDb() const noexcept
+{
+    // The last note's character holds while it may still ring.
+    return ringingFrequency_ > 0.0 ? kUnclearMarginDb * std::max(0.0, 1.0 - noteClarity_) : 0.0;
+}
+
+void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& frame) noexcept
+{
+    // The analysis cancels the note that dominates the input: the replaced note while it still
+    // does, then the sounding one; after a note ends, that note while its release may ring.
+    ringSamples_ += frame.samples;
+    const bool ringing = ringSamples_ < Samples(kRingSeconds, s.sampleRate);
+    if (sounding_) {
+        const bool ownIsNew = frame.frequency > 0.0 && frame.clarity >= kClearlyNew &&
+                              std::abs(12.0 * std::log2(frame.frequency / soundingFrequency_)) < kSameNote;
+        if (replacedFrequency_ > 0.0 && (ownIsNew || !ringing)) {
+            replacedFrequency_ = 0.0;
+        }
+        ringingFrequency_ = replacedFrequency_ > 0.0 ? replacedFrequency_ : soundingFrequency_;
+    } else if (!ringing) {
+        ringingFrequency_ = 0.0;
+    }
+    if (!ringing) {
+        previousFrequency_ = 0.0;
+        releasedNote_ = -1;
+    }
+}
+
+void NoteDecider::ClearCandidate() noexcept
+{
+    candidate_ = rival_ = -1;
+    candidateSamples_ = candidateMisses_ = rivalSamples_ = 0;
+}
+
+void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples, uint32_t patience) noexcept
+{
+    const bool near = candidate_ >= 0 && std::abs(pitch - candidate_) <= kCandidateReach;
+    if (near && std::max(candidateHigh_, pitch) - std::min(candidateLow_, pitch) <= kSteadySpan) {
+        candidateSamples_ += samples;
+        candidateMisses_ = 0;
+        candidateLow_ = std::min(candidateLow_, pitch);
+        candidateHigh_ = std::max(candidateHigh_, pitch);
+        return;
+    }
+    // A stray frame (a formant taken for the period, a burst of noise) only pauses the
+    // candidate; a rival pitch replaces it once it has been seen for longer, or once the
+    // candidate has been missing for longer than the patience.
+    rivalSamples_ = nearest == rival_ ? rivalSamples_ + samples : samples;
+    rival_ = nearest;
+    candidateMisses_ += samples;
+    if (candidate_ >= 0 && candidateMisses_ <= patience && rivalSamples_ <= candidateSamples_) {
+        return;
+    }
+    candidate_ = nearest;
+    candidateSamples_ = rivalSamples_;
+    candidateMisses_ = 0;
+    candidateLow_ = candidateHigh_ = pitch;
+    rival_ = -1;
+    rivalSamples_ = 0;
+}
+
+void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept
+{
+    // A note started while another still rings replaces it; that one is cancelled until the
+    // new note dominates.
+    replacedFrequency_ =
+        ringingFrequency_ > 0.0 && std::abs(12.0 * std::log2(f.frequency / ringingFrequency_)) >= kSameNote
+            ? ringingFrequency_
+            : 0.0;
+    previousFrequency_ = replacedFrequency_;
+    ringSamples_ = 0;
+    interruptedNote_ = -1;
+    releasedNote_ = -1;
+    sounding_ = true;
+    note_ = note;
+    noteSamples_ = 0;
+    gapSamples_ = 0;
+    interrupted_ = false;
+    ClearCandidate();
+    soundingFrequency_ = f.frequency;
+    noteClarity_ = f.fromResidual ? kStartClarity : f.clarity;
+    clarityDeviation_ = 0.0;
+    out->noteOn = static_cast<int16_t>(note);
+    const int level = LevelValue(s, f.level);
+    switch (s.levelMode) {
+    case WFET_LEVEL_VELOCITY:
+        out->velocity = static_cast<int16_t>(level);
+        break;
+    case WFET_LEVEL_RELATIVE:
+        out->velocity = static_cast<int16_t>(level);
+        break;
+    case WFET_LEVEL_EXPRESSION:
+        out->velocity = 127;
+        break;
+    default:
+        break;
+    }
+    noteVelocity_ = out->velocity;
+}
+
+void NoteDecider::EndNote(WFETMidiOut* out) noexcept
+{
+    ringingFrequency_ = replacedFrequency_ > 0.0 ? replacedFrequency_ : soundingFrequency_;
+    replacedFrequency_ = 0.0;
+    ringSamples_ = 0;
+    out->noteOff = static_cast<int16_t>(note_);
+    sounding_ = false;
+    interrupted_ = false;
+    gapSamples_ = 0;
+    ClearCandidate();
+}
+
+void NoteDecider::WriteBendAndExpression(const PreciseSettings& s, const FrameFeatures& f, double pitch,
+                                         WFETMidiOut* out) noexcept
+{
+    const double deviation = std::clamp(pitch - note_, -double(s.bendRange), double(s.bendRange));
+    out->bend = static_cast<int16_t>(deviation * 8191.0 / s.bendRange + 8192.0);
+    const int level = LevelValue(s, f.level);
+    const bool starting = out->noteOn >= 0;
+    switch (s.levelMode) {
+    case WFET_LEVEL_VELOCITY:
+        out->velocity = static_cast<int16_t>(noteVelocity_);
+        out->expression = 127;
+        break;
+    case WFET_LEVEL_RELATIVE:
+        out->velocity = static_cast<int16_t>(noteVelocity_);
+        out->expression = starting ? 96 : static_cast<int16_t>(noteVelocity_ <= 10 ? 127 : level * 96 / noteVelocity_);
+        break;
+    case WFET_LEVEL_EXPRESSION:
+        out->velocity = static_cast<int16_t>(noteVelocity_);
+        out->expression = static_cast<int16_t>(level);
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace vocato::precise

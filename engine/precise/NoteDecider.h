@@ -1,0 +1,85 @@
+// The precise tracker's note decision: turns each frame's pitch, periodicity, level and attack
+// flag into note-off, note-on with velocity, bend and expression.
+//
+// Hysteresis everywhere a wrong decision is costly: a note starts only when the input is
+// clearly periodic, loud enough and has kept the same nearest note for a short confirmation
+// time; it continues while the periodicity and level stay above lower thresholds; it changes
+// only when the pitch has left the sounding note by more than half a semitone plus a margin
+// for a confirmation time (longer for an octave, the typical tracking error); it ends after a
+// short unvoiced gap, not on one bad frame, or on a release; and a new attack or a break in
+// the periodicity re-strikes it. While a released note rings on into the next one, the
+// decision follows the analysis of the input with that note cancelled (MixtureChoice.h).
+//
+// Thread contract: audio thread only; never allocates.
+#pragma once
+
+#include "PreciseSettings.h"
+#include "WFET.h"
+
+#include <cstdint>
+
+namespace vocato::precise {
+
+struct FrameFeatures {
+    double frequency = 0.0; // Hz, 0 = none
+    double clarity = 0.0;
+    double residualFrequency = 0.0; // with the ringing note cancelled, see MixtureChoice.h
+    double residualClarity = 0.0;
+    double residualShare = 0.0;
+    bool fromResidual = false; // set by the decision when it follows the residual
+    double level = 0.0;     // peak envelope, 16-bit scale
+    bool attack = false;
+    bool release = false;
+    uint32_t samples = 0;   // samples this frame covers
+};
+
+class NoteDecider {
+public:
+    void Decide(const PreciseSettings& settings, const FrameFeatures& frame, WFETMidiOut* out) noexcept;
+
+    // The sounding note's current fine pitch in Hz, 0 when idle; the analysis keeps to it.
+    double SoundingFrequency() const noexcept { return sounding_ ? soundingFrequency_ : 0.0; }
+    // The note that still rings (sounding, or released a moment ago), for the analysis to
+    // cancel; 0 when none.
+    double RingingFrequency() const noexcept { return ringingFrequency_; }
+    // How much more (dB) than a steady solo note the level of the sounding note must rise for
+    // an attack or fall for a release.
+    double LevelMarginDb() const noexcept;
+
+private:
+    void DecideIdle(const PreciseSettings& s, const FrameFeatures& f, double pitch, WFETMidiOut* out) noexcept;
+    void DecideSounding(const PreciseSettings& s, const FrameFeatures& f, double pitch, WFETMidiOut* out) noexcept;
+    void FollowRinging(const PreciseSettings& s, const FrameFeatures& frame) noexcept;
+    void ClearCandidate() noexcept;
+    void TrackCandidate(int nearest, double pitch, uint32_t samples, uint32_t patience) noexcept;
+    void StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept;
+    void EndNote(WFETMidiOut* out) noexcept;
+    void WriteBendAndExpression(const PreciseSettings& s, const FrameFeatures& f, double pitch,
+                                WFETMidiOut* out) noexcept;
+
+    bool sounding_ = false;
+    bool interrupted_ = false; // an attack or a break since the note settled
+    int note_ = 0;
+    int interruptedNote_ = -1; // the note an attack or break ended, until another one starts
+    int releasedNote_ = -1;    // the note a release ended, until an attack or another note
+    int noteVelocity_ = 0;
+    uint32_t noteSamples_ = 0;
+    uint32_t gapSamples_ = 0;
+    int candidate_ = -1;
+    uint32_t candidateSamples_ = 0;
+    uint32_t candidateMisses_ = 0; // unclear samples since the candidate was last seen
+    int rival_ = -1;               // the other pitch seen meanwhile
+    uint32_t rivalSamples_ = 0;
+    double candidateLow_ = 0.0;
+    double candidateHigh_ = 0.0;
+    double noteClarity_ = 0.0;
+    double clarityDeviation_ = 0.0; // mean distance of the periodicity from noteClarity_
+    double soundingFrequency_ = 0.0;
+    double ringingFrequency_ = 0.0;  // cancelled by the analysis
+    double replacedFrequency_ = 0.0; // the note the sounding one replaced, while it dominates
+    double previousFrequency_ = 0.0; // that note, while it may still ring at all
+    uint32_t ringSamples_ = 0;       // since the last note started or ended
+    uint32_t hiddenSamples_ = 0;     // of frames in a row that a mixture hid
+};
+
+} // namespace vocato::precise

@@ -1,0 +1,342 @@
+#include "PeriodicityAnalyzer.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vocato::precise {
+namespace {
+
+constexpr int kMaxKeyMaxima = 512;
+constexpr uint64_t kFullRateMask = DifferenceBank::kRingSize - 1;
+// Below MIDI note 11: the lowest frequency the capacity is sized for.
+constexpr double kLowestFrequency = 14.0;
+
+// Short periods span only a few samples, and a window of one of them is no average at all:
+// every lag's window is at least this long.
+constexpr double kMinWindowSeconds = 0.002;
+// The decimated stream keeps at least 3.2 kHz of the spectrum (several harmonics of any sung
+// note) and the first two harmonics of the highest tracked note, whose period then spans at
+// least five samples; the full-rate refinement restores the precision.
+constexpr double kMinAnalysisRate = 8000.0;
+constexpr double kRateOverHighest = 5.0;
+// The residual bank may run at half the analysis rate if that keeps 2 kHz of the spectrum
+// and the fundamental of the highest tracked note well below its Nyquist frequency.
+constexpr double kMinResidualRate = 4000.0;
+constexpr double kResidualRateOverHighest = 2.5;
+// Low-pass cut-off as a fraction of the decimated rate: below its Nyquist frequency by enough
+// for a sixth-order Butterworth to keep aliases 30 dB down.
+constexpr double kCutoffFraction = 0.4;
+// McLeod's key-maximum rule: the shortest lag whose periodicity is within this factor of the
+// best one wins, which keeps the tracker off the sub-octaves (2, 3 ... periods) that match
+// as well as the period itself.
+constexpr double kPickFactor = 0.85;
+// A true period repeats: the waveform also matches itself two periods back. A lag that only
+// matches once (a strong formant harmonic of a chorus or a vowel) is no period; it must keep
+// at least this fraction of its periodicity at twice the lag.
+constexpr double kRepeatFactor = 0.5;
+// A sounding note keeps its own lag against an octave jump while its periodicity stays within
+// this factor of the best: a weak fundamental must not flip the note.
+constexpr double kKeepFactor = 0.75;
+// An octave up counts as exact within 3 %, and as repeating as well within 0.02.
+constexpr double kOctaveTolerance = 0.03;
+constexpr double kOctaveMargin = 0.02;
+// The shortest window of the full-rate refinement.
+constexpr double kRefineSeconds = 0.004;
+// Periods longer than this many decimated samples are already precise to a cent or two by
+// parabolic interpolation; only shorter ones are refined, which bounds the refinement's cost.
+constexpr double kRefineBelowLag = 40.0;
+// Samples are quantised at twice the 16-bit resolution and limited to +-2^17, which keeps the
+// difference sums exact (DifferenceBank.h).
+constexpr double kQuantScale = 2.0;
+constexpr int32_t kQuantLimit = 1 << 17;
+
+} // namespace
+
+PeriodicityAnalyzer::PeriodicityAnalyzer()
+    : keyMaxima_(kMaxKeyMaxima), fullRate_(DifferenceBank::kRingSize, 0.0f)
+{
+    Configure(44100.0, 55.0, 1760.0);
+}
+
+void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq) noexcept
+{
+    double low = std::max(std::min(minFreq, maxFreq), kLowestFrequency);
+    double high = std::min(std::max(minFreq, maxFreq), 0.45 * rate);
+    low = std::min(low, high / 1.06);
+
+    decimation_ = std::max(1, static_cast<int>(rate / std::max(kMinAnalysisRate, kRateOverHighest * high)));
+    analysisRate_ = rate / decimation_;
+    refineWindow_ = static_cast<uint64_t>(kRefineSeconds * rate);
+    const auto rangeAt = [low, high](double rate) {
+        LagRange range;
+        range.max = std::min(DifferenceBank::kMaxLag, static_cast<int>(std::ceil(rate / low)) + 1);
+        range.min = std::min(std::max(2, static_cast<int>(rate / high * 0.97)), range.max - 1);
+        return range;
+    };
+    lags_ = rangeAt(analysisRate_);
+    signal_.Reset(lags_.max, std::max(2, static_cast<int>(kMinWindowSeconds * analysisRate_)));
+    residualStep_ = analysisRate_ / 2.0 >= std::max(kMinResidualRate, kResidualRateOverHighest * high) ? 2 : 1;
+    const double residualRate = analysisRate_ / residualStep_;
+    residualLags_ = rangeAt(residualRate);
+    residual_.Reset(residualLags_.max, std::max(2, static_cast<int>(kMinWindowSeconds * residualRate)));
+    residualPhase_ = 0;
+    residualPrevious_[0] = residualPrevious_[1] = 0.0;
+
+    highPass_.SetHighPass(rate, 0.5 * low, std::numbers::sqrt2 / 2.0);
+    // Butterworth sixth order as three sections: Q = 1 / (2 cos(k pi / 12)), k = 1, 3, 5.
+    const double cutoff = std::min(kCutoffFraction * analysisRate_, 0.45 * rate);
+    const double q[3] = {0.5176380902, 0.7071067812, 1.9318516526};
+    for (int i = 0; i < 3; ++i) {
+        lowPass_[i].SetLowPass(rate, cutoff, q[i]);
+    }
+    std::fill(fullRate_.begin(), fullRate_.end(), 0.0f);
+    phase_ = 0;
+    fullCount_ = 0;
+    cancelledLag_ = 0.0;
+}
+
+void PeriodicityAnalyzer::SetCancelledFrequency(double frequency) noexcept
+{
+    const double lag = frequency > 0.0 ? analysisRate_ / frequency : 0.0;
+    cancelledLag_ = lag >= 2.0 && lag <= lags_.max ? lag : 0.0;
+}
+
+void PeriodicityAnalyzer::Push(const int16_t* samples, uint32_t count) noexcept
+{
+    for (uint32_t i = 0; i < count; ++i) {
+        double y = highPass_.Run(samples[i]);
+        for (Biquad& section : lowPass_) {
+            y = section.Run(y);
+        }
+        fullRate_[fullCount_++ & kFullRateMask] = static_cast<float>(y);
+        if (++phase_ < decimation_) {
+            continue;
+        }
+        phase_ = 0;
+        const double scaled = std::clamp(y * kQuantScale, -double(kQuantLimit), double(kQuantLimit));
+        PushDecimated(static_cast<int32_t>(std::lround(scaled)));
+    }
+}
+
+double PeriodicityAnalyzer::Cancelled(int32_t value) const noexcept
+{
+    if (cancelledLag_ <= 0.0) {
+        return 0.0;
+    }
+    // The input one period earlier, by cubic (Catmull-Rom) interpolation between the samples
+    // around it; `back` counts from the sample before `value`, which is not yet in the bank.
+    const double delay = cancelledLag_ - 1.0;
+    const auto whole = static_cast<uint64_t>(delay);
+    const double f = delay - double(whole);
+    const double p0 = signal_.Sample(whole == 0 ? 0 : whole - 1);
+    const double p1 = signal_.Sample(whole);
+    const double p2 = signal_.Sample(whole + 1);
+    const double p3 = signal_.Sample(whole + 2);
+    const double earlier =
+        p1 + 0.5 * f * (p2 - p0 + f * (2.0 * p0 - 5.0 * p1 + 4.0 * p2 - p3 + f * (3.0 * (p1 - p2) + p3 - p0)));
+    return std::clamp(std::round(value - earlier), -double(kQuantLimit), double(kQuantLimit));
+}
+
+void PeriodicityAnalyzer::PushDecimated(int32_t value) noexcept
+{
+    const double residual = Cancelled(value);
+    signal_.Push(value);
+    if (residualStep_ == 1) {
+        residual_.Push(static_cast<int32_t>(residual));
+        return;
+    }
+    // Halving the rate: a [1 2 1] / 4 low-pass, which has its zero at the new Nyquist
+    // frequency, then every other sample.
+    const double smoothed = 0.25 * (residualPrevious_[1] + 2.0 * residualPrevious_[0] + residual);
+    residualPrevious_[1] = residualPrevious_[0];
+    residualPrevious_[0] = residual;
+    if (++residualPhase_ == residualStep_) {
+        residualPhase_ = 0;
+        residual_.Push(static_cast<int32_t>(std::lround(smoothed)));
+    }
+}
+
+PeriodicityAnalyzer::Peak PeriodicityAnalyzer::InterpolatedPeak(const double* n, int lag) const noexcept
+{
+    // Parabolic interpolation through the peak and its neighbours.
+    const double a = n[lag - 1];
+    const double b = n[lag];
+    const double c = n[lag + 1];
+    const double curvature = a - 2.0 * b + c;
+    const double shift = curvature < 0.0 ? std::clamp(0.5 * (a - c) / curvature, -0.5, 0.5) : 0.0;
+    return {lag + shift, b - 0.25 * (a - c) * shift};
+}
+
+bool PeriodicityAnalyzer::Repeats(const double* n, const KeyMaximum& m, const LagRange& range) const noexcept
+{
+    const int twice = 2 * m.lag;
+    if (twice + 1 > range.max + 1) {
+        return true;
+    }
+    const double again = std::max({n[twice - 1], n[twice], n[twice + 1]});
+    return again >= kRepeatFactor * m.value;
+}
+
+int PeriodicityAnalyzer::FindKeyMaxima(const double* n, const LagRange& range) noexcept
+{
+    // The lobe around lag 0 is no period: key maxima start after the function first goes
+    // negative, and each positive lobe after that contributes its highest point. Short periods
+    // span few samples, so the sampled top of a peak can lie well below its true height; the
+    // key maxima compete with their interpolated heights.
+    int count = 0;
+    bool seenNegative = false;
+    bool inLobe = false;
+    KeyMaximum lobe{0, 0.0};
+    auto record = [&](const KeyMaximum& m) {
+        if (m.lag >= range.min && m.lag <= range.max && count < kMaxKeyMaxima && Repeats(n, m, range)) {
+            keyMaxima_[count++] = {m.lag, InterpolatedPeak(n, m.lag).value};
+        }
+    };
+    for (int lag = 1; lag <= range.max + 1; ++lag) {
+        const double v = n[lag];
+        if (!seenNegative) {
+            seenNegative = v < 0.0;
+            continue;
+        }
+        if (v > 0.0) {
+            if (!inLobe || v > lobe.value) {
+                lobe = {lag, v};
+            }
+            inLobe = true;
+        } else if (inLobe) {
+            record(lobe);
+            inLobe = false;
+        }
+    }
+    if (inLobe && lobe.lag <= range.max) {
+        record(lobe);
+    }
+    return count;
+}
+
+int PeriodicityAnalyzer::ChooseLag(const double* n, int count, double preferredLag, const LagRange& range) const noexcept
+{
+    double best = 0.0;
+    for (int i = 0; i < count; ++i) {
+        best = std::max(best, keyMaxima_[i].value);
+    }
+    int chosen = 0;
+    while (keyMaxima_[chosen].value < kPickFactor * best) {
+        ++chosen;
+    }
+    const int chosenLag = keyMaxima_[chosen].lag;
+    if (preferredLag <= 0.0) {
+        return chosenLag;
+    }
+    // The highest local maximum within a whole tone of the sounding note's lag. It need not be
+    // a key maximum: in a mixture it may share a positive lobe with a higher peak.
+    const double tone = std::exp2(2.0 / 12.0);
+    const int low = std::max(range.min, static_cast<int>(preferredLag / tone));
+    const int high = std::min(range.max, static_cast<int>(preferredLag * tone) + 1);
+    int kept = 0;
+    for (int lag = low; lag <= high; ++lag) {
+        if (n[lag] >= n[lag - 1] && n[lag] >= n[lag + 1] && (kept == 0 || n[lag] > n[kept])) {
+            kept = lag;
+        }
+    }
+    // Kept against an octave-like jump while its periodicity is within reach of the best: a
+    // weak fundamental or a strong formant must not flip the note. Not against an exact octave
+    // up that repeats at least as well, though: a blown note may sound its lower octave for the
+    // first few periods before it settles in its register, and a periodic sound matches itself
+    // at two periods as well as at one, so the longer lag would otherwise hold on for ever.
+    if (kept == 0 || std::abs(std::log2(double(chosenLag) / kept)) <= 0.5) {
+        return chosenLag;
+    }
+    const double keptValue = InterpolatedPeak(n, kept).value;
+    const bool octaveUp = std::abs(2.0 * chosenLag / kept - 1.0) < kOctaveTolerance;
+    if (octaveUp && InterpolatedPeak(n, chosenLag).value >= keptValue - kOctaveMargin) {
+        return chosenLag;
+    }
+    return keptValue >= kKeepFactor * best ? kept : chosenLag;
+}
+
+double PeriodicityAnalyzer::FullRateNormalised(int lag) const noexcept
+{
+    // One period, but at least a few milliseconds: a window that is not a whole number of
+    // periods makes the estimate wobble, less so the more periods it holds.
+    const uint64_t window = std::max<uint64_t>(uint64_t(lag), refineWindow_);
+    const float* y = fullRate_.data();
+    const uint64_t end = fullCount_;
+    double difference = 0.0;
+    double total = 0.0;
+    for (uint64_t j = end - window; j < end; ++j) {
+        const double a = y[j & kFullRateMask];
+        const double b = y[(j - lag) & kFullRateMask];
+        difference += (a - b) * (a - b);
+        total += a * a + b * b;
+    }
+    return total > 0.0 ? 1.0 - difference / total : 0.0;
+}
+
+double PeriodicityAnalyzer::RefineAtFullRate(double decimatedLag) const noexcept
+{
+    // Climb to the nearest maximum from the decimated estimate; it lies within one decimated
+    // sample, so at most `decimation_` steps either way.
+    const int limit = DifferenceBank::kRingSize / 4;
+    int lag = std::clamp(static_cast<int>(std::lround(decimatedLag * decimation_)), 2, limit);
+    double centre = FullRateNormalised(lag);
+    double below = FullRateNormalised(lag - 1);
+    double above = FullRateNormalised(lag + 1);
+    for (int step = 0; step < decimation_ && lag > 2 && lag < limit; ++step) {
+        if (above > centre && above >= below) {
+            below = centre;
+            centre = above;
+            above = FullRateNormalised(++lag + 1);
+        } else if (below > centre) {
+            above = centre;
+            centre = below;
+            below = FullRateNormalised(--lag - 1);
+        } else {
+            break;
+        }
+    }
+    const double curvature = below - 2.0 * centre + above;
+    const double shift = curvature < 0.0 ? std::clamp(0.5 * (below - above) / curvature, -0.5, 0.5) : 0.0;
+    return lag + shift;
+}
+
+PeriodEstimate PeriodicityAnalyzer::Analyse(double preferredFrequency) noexcept
+{
+    signal_.Normalise();
+    const double* n = signal_.Normalised();
+    const int count = FindKeyMaxima(n, lags_);
+    if (count == 0) {
+        return {};
+    }
+    const double preferredLag = preferredFrequency > 0.0 ? analysisRate_ / preferredFrequency : 0.0;
+    const Peak peak = InterpolatedPeak(n, ChooseLag(n, count, preferredLag, lags_));
+    const double fullRateLag = peak.lag < kRefineBelowLag ? RefineAtFullRate(peak.lag) : peak.lag * decimation_;
+    return {analysisRate_ * decimation_ / fullRateLag, std::min(1.0, peak.value)};
+}
+
+PeriodEstimate PeriodicityAnalyzer::AnalyseResidual() noexcept
+{
+    if (cancelledLag_ <= 0.0) {
+        return {};
+    }
+    residual_.Normalise();
+    const double* n = residual_.Normalised();
+    const int count = FindKeyMaxima(n, residualLags_);
+    if (count == 0) {
+        return {};
+    }
+    const Peak peak = InterpolatedPeak(n, ChooseLag(n, count, 0.0, residualLags_));
+    return {analysisRate_ / residualStep_ / peak.lag, std::min(1.0, peak.value)};
+}
+
+double PeriodicityAnalyzer::RecentPower(double seconds) const noexcept
+{
+    return signal_.Power(uint64_t(seconds * analysisRate_ + 0.5)) / (kQuantScale * kQuantScale);
+}
+
+double PeriodicityAnalyzer::RecentResidualPower(double seconds) const noexcept
+{
+    return residual_.Power(uint64_t(seconds * analysisRate_ / residualStep_ + 0.5)) / (kQuantScale * kQuantScale);
+}
+
+} // namespace vocato::precise

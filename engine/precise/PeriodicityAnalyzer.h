@@ -1,0 +1,102 @@
+// Periodicity of the input, kept up to date sample by sample: the normalised square-difference
+// function (McLeod and Wyvill 2005; de Cheveigné and Kawahara's YIN, 2002, is the same idea
+// normalised differently) of a band-limited, decimated copy of the input, with McLeod's
+// key-maximum rule for the period and a full-rate refinement of short periods.
+//
+// Decimating first (the tracked range decides by how much) makes the cost per input sample
+// proportional to (decimated rate)^2 / lowest frequency, which is what keeps the tracker
+// cheap. Each lag is judged over one of its own periods (at least 2 ms), so high notes are
+// found after a few milliseconds while low notes still get a whole period.
+//
+// A second bank analyses the input with the sounding note cancelled: a comb filter that
+// subtracts the input one period of that note earlier (de Cheveigné's harmonic cancellation,
+// 1993). It only has to name the new note, so it runs at half the analysis rate when that
+// still holds its fundamental comfortably. When a note is released into the next one (legato, or the release of a synthesizer or
+// a room), the mixture of both is periodic in their common period, a sub-harmonic of both;
+// with the old note cancelled, the new one shows its own period.
+//
+// Thread contract: construction allocates (off the audio thread); everything else runs on the
+// audio thread and never allocates.
+#pragma once
+
+#include "Biquad.h"
+#include "DifferenceBank.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace vocato::precise {
+
+struct PeriodEstimate {
+    double frequency = 0.0; // Hz; 0 when no periodic candidate lies in the range
+    double clarity = 0.0;   // normalised periodicity of the chosen lag, at most 1
+};
+
+class PeriodicityAnalyzer {
+public:
+    PeriodicityAnalyzer();
+
+    // Derives the decimation and the lag range and starts from silence.
+    void Configure(double rate, double minFreq, double maxFreq) noexcept;
+    // The period to cancel from now on, as a frequency; 0 cancels nothing.
+    void SetCancelledFrequency(double frequency) noexcept;
+    void Push(const int16_t* samples, uint32_t count) noexcept;
+
+    // The best period now. preferredFrequency > 0 names the pitch of the sounding note; a
+    // candidate near it is kept against an octave jump unless the jump is clearly better.
+    PeriodEstimate Analyse(double preferredFrequency) noexcept;
+    // The best period of what remains with the cancelled period removed.
+    PeriodEstimate AnalyseResidual() noexcept;
+
+    // Mean square of the band-limited input over the last `seconds`, on the 16-bit scale.
+    // Measured over one period, it has no ripple within the period, so a rise in it is a rise
+    // of the sound and not of its waveform.
+    double RecentPower(double seconds) const noexcept;
+    // The same for what remains after cancellation.
+    double RecentResidualPower(double seconds) const noexcept;
+
+private:
+    struct KeyMaximum {
+        int lag;
+        double value;
+    };
+    struct Peak {
+        double lag;
+        double value;
+    };
+    // The lags one bank searches.
+    struct LagRange {
+        int min = 2;
+        int max = 2;
+    };
+
+    void PushDecimated(int32_t value) noexcept;
+    double Cancelled(int32_t value) const noexcept;
+    Peak InterpolatedPeak(const double* n, int lag) const noexcept;
+    bool Repeats(const double* n, const KeyMaximum& m, const LagRange& range) const noexcept;
+    int FindKeyMaxima(const double* n, const LagRange& range) noexcept;
+    int ChooseLag(const double* n, int count, double preferredLag, const LagRange& range) const noexcept;
+    double FullRateNormalised(int lag) const noexcept;
+    double RefineAtFullRate(double decimatedLag) const noexcept;
+
+    DifferenceBank signal_;
+    DifferenceBank residual_;
+    std::vector<KeyMaximum> keyMaxima_;
+    std::vector<float> fullRate_; // band-limited input before decimation
+    uint64_t fullCount_ = 0;
+    uint64_t refineWindow_ = 1;
+
+    Biquad highPass_;
+    Biquad lowPass_[3];
+    int decimation_ = 1;
+    int phase_ = 0;
+    LagRange lags_;
+    LagRange residualLags_;
+    int residualStep_ = 1; // the residual bank runs at the analysis rate / residualStep_
+    int residualPhase_ = 0;
+    double residualPrevious_[2] = {0.0, 0.0};
+    double cancelledLag_ = 0.0; // decimated samples; 0 = none
+    double analysisRate_ = 44100.0;
+};
+
+} // namespace vocato::precise

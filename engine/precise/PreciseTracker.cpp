@@ -1,0 +1,97 @@
+#include "PreciseTracker.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+namespace vocato::precise {
+
+PreciseTracker::PreciseTracker()
+{
+    ApplyGeometry();
+}
+
+int32_t PreciseTracker::Set(int16_t code, double value) noexcept
+{
+    return settings_.Set(code, value);
+}
+
+void PreciseTracker::ApplyGeometry() noexcept
+{
+    if (appliedGeometry_ == settings_.geometryVersion) {
+        return;
+    }
+    appliedGeometry_ = settings_.geometryVersion;
+    periodicity_.Configure(settings_.sampleRate, settings_.minFreq, settings_.maxFreq);
+    level_.Configure(settings_.sampleRate);
+    residual_ = {};
+}
+
+void PreciseTracker::Process(const int16_t* samples, uint32_t byteCount) noexcept
+{
+    ApplyGeometry();
+    const uint32_t count = byteCount / 2;
+    periodicity_.Push(samples, count);
+    level_.Push(samples, count);
+    samplesSinceCalc_ += count;
+}
+
+void PreciseTracker::Calc(WFETMidiOut* out) noexcept
+{
+    ApplyGeometry();
+    const PeriodEstimate estimate = periodicity_.Analyse(decider_.SoundingFrequency());
+    // The residual only has to name the next note while the old one still rings; every other
+    // frame is soon enough for that, and it halves the cost of the second analysis.
+    if ((frameCount_++ & 1) == 0) {
+        residual_ = periodicity_.AnalyseResidual();
+    }
+    const PeriodEstimate& residual = residual_;
+    FrameFeatures frame;
+    frame.frequency = estimate.frequency;
+    frame.clarity = estimate.clarity;
+    frame.residualFrequency = residual.frequency;
+    frame.residualClarity = residual.clarity;
+    if (residual.frequency > 0.0) {
+        const double span = 1.0 / residual.frequency;
+        frame.residualShare = periodicity_.RecentResidualPower(span) / std::max(1e-9, periodicity_.RecentPower(span));
+    }
+    frame.level = level_.Peak();
+    // One period of the estimate (or 5 ms without one) is the span of the attack detector.
+    const double span = estimate.frequency > 0.0 ? 1.0 / estimate.frequency : 0.005;
+    const LevelFollower::Events events =
+        level_.Follow(periodicity_.RecentPower(span), samplesSinceCalc_, decider_.LevelMarginDb());
+    frame.attack = events.attack;
+    frame.release = events.release;
+    frame.samples = samplesSinceCalc_;
+    samplesSinceCalc_ = 0;
+    decider_.Decide(settings_, frame, out);
+    periodicity_.SetCancelledFrequency(decider_.RingingFrequency());
+}
+
+uint32_t PreciseTracker::DecisionDelaySamples() const noexcept
+{
+    // For a note in the middle of the range (geometric mean): its periodicity passes the start
+    // threshold once about 1.75 periods of it fill the analysis (one period compared with the
+    // one before), then it must hold for the confirmation time, and the frame that reports it
+    // ends up to 16 samples later.
+    const double lo = std::max(14.0, std::min(settings_.minFreq, settings_.maxFreq));
+    const double hi = std::max(lo, std::max(settings_.minFreq, settings_.maxFreq));
+    const double period = 1.0 / std::sqrt(lo * hi);
+    const double seconds = 1.75 * period + std::max(0.5 * period, 0.006);
+    return static_cast<uint32_t>(seconds * settings_.sampleRate) + kWFETFrameSamples;
+}
+
+} // namespace vocato::precise
+
+namespace vocato {
+
+std::unique_ptr<PitchTracker> MakePreciseTracker()
+{
+    try {
+        return std::make_unique<precise::PreciseTracker>();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+} // namespace vocato
