@@ -101,6 +101,7 @@ TEST_F(MelodyThroughPanel, ATranspositionChosenOnThePanelMovesTheLitKeysAnOctave
     Click({544 + 7, 165});
     EXPECT_FLOAT_EQ(Win().PanelState().transpose, 12);
     RecordMelody();
+    SaveScreenshot("panel-transposed-after-stop");
     for (const Note& n : kMelody) {
         EXPECT_EQ(litNotes_.count(n.key + 12), 1u) << "key " << n.key + 12 << " never lit";
         if (n.key != 72) { // 72 is also 60 transposed
@@ -143,6 +144,7 @@ TEST_F(MelodyThroughPanel, AnExportThatCannotBeWrittenSaysSoAndLeavesNoFile) {
         }
     }
     ASSERT_NE(shown, nullptr) << "the user is told";
+    SaveScreenshot(*shown, "export-error");
     EXPECT_FALSE(shown->text().isEmpty());
     EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(dir_.File("no-such-folder/melody.mid"))));
     shown->close();

@@ -9,6 +9,7 @@
 #include "MenuItem.h"
 
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
 #include <QPainter>
@@ -80,6 +81,7 @@ TEST_F(WindowTest, TheInstrumentAndPresetButtonsOpenTheirPopUps) {
     QTest::mouseClick(Win().View()->Button(ui::PanelButton::Instrument), Qt::LeftButton);
     Wait(20);
     EXPECT_TRUE(Win().InstrumentMenu()->isVisible());
+    SaveScreenshot(*Win().InstrumentMenu(), "instrument-menu");
     Win().InstrumentMenu()->close();
     QTest::mouseClick(Win().View()->Button(ui::PanelButton::Preset), Qt::LeftButton);
     Wait(20);
@@ -92,6 +94,24 @@ TEST_F(WindowTest, AMessageTheWindowDoesNotKnowEndsWithTheApplication) {
     Win().MessageReceived(Message(FourCC("zzzz")));
     const std::string out = ::testing::internal::GetCapturedStdout();
     EXPECT_EQ(out, "Window message\nApp Message " + std::to_string(FourCC("zzzz")) + "\n");
+}
+
+TEST_F(WindowTest, OpenWaveShowsThePanelAndItsChoiceBecomesTheFile) {
+    TempDir dir;
+    const std::string file = dir.File("song.wav");
+    WriteSoundFile(file, Sine(330, 44100, 0.2), 44100, 1, 0x010002);
+    Win().MessageReceived(Message(kOpenWave));
+    ASSERT_TRUE(Win().OpenPanel()->isVisible());
+    Win().OpenPanel()->setDirectory(QString::fromStdString(dir.Path()));
+    Wait(50);
+    SaveScreenshot(*Win().OpenPanel(), "open-panel");
+    auto* name = Win().OpenPanel()->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    ASSERT_NE(name, nullptr);
+    QTest::keyClicks(name, QStringLiteral("song.wav"));
+    QTest::keyClick(name, Qt::Key_Return);
+    Wait(20);
+    EXPECT_TRUE(Win().PanelState().fileLoaded);
+    EXPECT_EQ(Win().View()->WaveFileName(), "song.wav");
 }
 
 TEST_F(WindowTest, APresetMessageWithoutANameKeepsTheShownName) {
