@@ -300,16 +300,23 @@ void NodeHarnessWin::PollNode() {
     }
     reportsSeen_ = reports;
     // Only what changed since the last look: a field the node never reported keeps 0.
-    const float now[4] = {display.transpose.load(), display.bendRange.load(),
-                          display.midiMin.load(), display.midiMax.load()};
-    void (NodeHarnessWin::*const apply[4])(float) = {
-        &NodeHarnessWin::SetTranspose, &NodeHarnessWin::SetBendRange, &NodeHarnessWin::SetMidiMin,
-        &NodeHarnessWin::SetMidiMax};
-    for (int i = 0; i < 4; ++i) {
-        if (now[i] != reported_[i]) {
-            reported_[i] = now[i];
-            (this->*apply[i])(now[i]);
-        }
+    const auto changed = [](const std::atomic<float>& field, float& seen) {
+        const float now = field.load(std::memory_order_relaxed);
+        const bool differs = now != seen;
+        seen = now;
+        return differs;
+    };
+    if (changed(display.transpose, reported_[0])) {
+        SetTranspose(reported_[0]);
+    }
+    if (changed(display.bendRange, reported_[1])) {
+        SetBendRange(reported_[1]);
+    }
+    if (changed(display.midiMin, reported_[2])) {
+        SetMidiMin(reported_[2]);
+    }
+    if (changed(display.midiMax, reported_[3])) {
+        SetMidiMax(reported_[3]);
     }
 }
 
