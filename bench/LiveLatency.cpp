@@ -3,7 +3,8 @@
 // (as fast as the machine allows); a second, real-time run of the same tones gives the DSP
 // load and the xruns.
 //
-//   build/bench/live_latency_bench [--repeats N] [--seconds S] [--realtime]
+//   build/bench/live_latency_bench [--repeats N] [--seconds S] [--realtime] [--no-synth]
+//                                  [--real-time-only]
 #include "JackServer.h"
 #include "JackTestClients.h"
 #include "LiveTestSupport.h"
@@ -109,6 +110,8 @@ int CountXrun(void*) {
 
 // `withVocato` false: the same player and recorder on the same server, for the xruns that
 // the machine causes by itself.
+bool synthOn = true;
+
 Run Play(int period, const Signal& signal, bool freewheel, bool realtime, bool withVocato = true) {
     Run run;
     JackServer server(period, static_cast<int>(kRate), "", realtime && !freewheel);
@@ -117,7 +120,7 @@ Run Play(int period, const Signal& signal, bool freewheel, bool realtime, bool w
         return run;
     }
     KeptAlerts alerts;
-    app::LiveSession session(JackOnlySettings(true), alerts);
+    app::LiveSession session(JackOnlySettings(synthOn), alerts);
     std::string report;
     if (withVocato) {
         session.Start(report);
@@ -191,38 +194,13 @@ Run Play(int period, const Signal& signal, bool freewheel, bool realtime, bool w
     return run;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    int repeats = 50;
-    double seconds = 20;
-    bool realtime = false;
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--repeats") == 0 && i + 1 < argc) {
-            repeats = std::atoi(argv[++i]);
-        } else if (std::strcmp(argv[i], "--seconds") == 0 && i + 1 < argc) {
-            seconds = std::atof(argv[++i]);
-        } else if (std::strcmp(argv[i], "--realtime") == 0) {
-            realtime = true;
-        }
-    }
-    vocato::media::SetDiagnosticsQuiet(true);
-    const Signal longRun = MakeSignal(repeats);
-    const int realRepeats = std::max(1, static_cast<int>(seconds / ((kSilence + kTone) * std::size(kPitches))));
-    const Signal shortRun = MakeSignal(realRepeats);
-
-    {
-        auto tracker = vocato::MakeClassicTracker();
-        tracker->Set(WFET_SAMPLE_RATE, kRate);
-        std::printf("Engine decision delay (DecisionDelaySamples at 44100 Hz, default settings): "
-                    "%u frames\n\n", tracker->DecisionDelaySamples());
-    }
+void PrintFreewheelTable(const Signal& signal, int repeats) {
     std::printf("Latency from tone onset in Vocato:input to note-on in Vocato:midi_out, frames at "
                 "44100 Hz (%d tones per pitch, freewheel)\n\n", repeats);
     std::printf("| period | pitch | f0 period | median | p95 | worst | jitter (sd) | tones |\n");
     std::printf("|---|---|---|---|---|---|---|---|\n");
     for (int period : {64, 128, 256}) {
-        const Run run = Play(period, longRun, true, false);
+        const Run run = Play(period, signal, true, false);
         std::vector<double> all;
         for (size_t p = 0; p < std::size(kPitches); ++p) {
             const Stats s = Summarise(run.byPitch[p]);
@@ -236,9 +214,44 @@ int main(int argc, char** argv) {
                     period, s.median, s.p95, s.worst, s.jitter, s.count, run.missed, run.wrong);
         std::fflush(stdout);
     }
+}
 
-    std::printf("\nReal-time runs (%.0f s of the same tones, synthesizer on, %s jackd): DSP load "
-                "and xruns\n\n", seconds, realtime ? "real-time" : "non-real-time");
+} // namespace
+
+int main(int argc, char** argv) {
+    int repeats = 50;
+    double seconds = 20;
+    bool realtime = false;
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--repeats") == 0 && i + 1 < argc) {
+            repeats = std::atoi(argv[++i]);
+        } else if (std::strcmp(argv[i], "--seconds") == 0 && i + 1 < argc) {
+            seconds = std::atof(argv[++i]);
+        } else if (std::strcmp(argv[i], "--realtime") == 0) {
+            realtime = true;
+        } else if (std::strcmp(argv[i], "--no-synth") == 0) {
+            synthOn = false;
+        } else if (std::strcmp(argv[i], "--real-time-only") == 0) {
+            repeats = 0;
+        }
+    }
+    vocato::media::SetDiagnosticsQuiet(true);
+    const Signal longRun = MakeSignal(repeats);
+    const int realRepeats = std::max(1, static_cast<int>(seconds / ((kSilence + kTone) * std::size(kPitches))));
+    const Signal shortRun = MakeSignal(realRepeats);
+
+    {
+        auto tracker = vocato::MakeClassicTracker();
+        tracker->Set(WFET_SAMPLE_RATE, kRate);
+        std::printf("Engine decision delay (DecisionDelaySamples at 44100 Hz, default settings): "
+                    "%u frames\n\n", tracker->DecisionDelaySamples());
+    }
+    if (repeats > 0) {
+        PrintFreewheelTable(longRun, repeats);
+    }
+
+    std::printf("\nReal-time runs (%.0f s of the same tones, synthesizer %s, %s jackd): DSP load "
+                "and xruns\n\n", seconds, synthOn ? "on" : "off", realtime ? "real-time" : "non-real-time");
     std::printf("| period | mean DSP load | max DSP load | xruns | median latency |\n|---|---|---|---|---|\n");
     for (int period : {64, 128, 256}) {
         const Run run = Play(period, shortRun, false, realtime);

@@ -6,6 +6,8 @@
 #include <jack/midiport.h>
 
 #include <cerrno>
+#include <chrono>
+#include <thread>
 #include <cstdio>
 #include <cstring>
 
@@ -53,8 +55,18 @@ std::unique_ptr<JackClient> JackClient::Open(const Options& options, JackPeriodH
     if (!options.serverName.empty()) {
         flags |= JackServerName;
     }
-    self->client_ = jack_client_open(options.clientName.c_str(), static_cast<jack_options_t>(flags),
-                                     &status, options.serverName.c_str());
+    // A server that is there but busy may fail to answer in time; it gets two more chances.
+    for (int attempt = 0; attempt < 3 && self->client_ == nullptr; ++attempt) {
+        if (attempt > 0) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        }
+        self->client_ = jack_client_open(options.clientName.c_str(),
+                                         static_cast<jack_options_t>(flags), &status,
+                                         options.serverName.c_str());
+        if ((status & JackServerFailed) != 0) {
+            break;
+        }
+    }
     if (self->client_ == nullptr) {
         char code[16];
         std::snprintf(code, sizeof code, "0x%x", static_cast<unsigned>(status));

@@ -294,7 +294,7 @@ TEST_F(LiveJack, WithoutASequencerOneLineSaysSoAndEverythingElseRuns) {
     ASSERT_TRUE(server.Ready());
     session = std::make_unique<LiveSession>(JackOnlySettings(false), alerts);
     std::string report;
-    ASSERT_TRUE(session->Start(report));
+    ASSERT_TRUE(session->Start(report)) << report;
     size_t lines = 0;
     for (size_t at = 0; (at = report.find("No ALSA sequencer port", at)) != std::string::npos;
          ++at) {
@@ -312,7 +312,7 @@ TEST_F(LiveJack, TheStoredMidiPortNameConnectsTheOutputWhenThePortExists) {
     settings.midiPort = recorder.MidiPort();
     session = std::make_unique<LiveSession>(settings, alerts);
     std::string report;
-    ASSERT_TRUE(session->Start(report));
+    ASSERT_TRUE(session->Start(report)) << report;
     EXPECT_NE(report.find("MIDI output connected to \"recorder:midi_in\""), std::string::npos)
         << report;
     session->Stop();
@@ -320,7 +320,7 @@ TEST_F(LiveJack, TheStoredMidiPortNameConnectsTheOutputWhenThePortExists) {
     settings.midiPort = "nobody:midi_in";
     session = std::make_unique<LiveSession>(settings, alerts);
     report.clear();
-    ASSERT_TRUE(session->Start(report));
+    ASSERT_TRUE(session->Start(report)) << report;
     EXPECT_NE(report.find("The MIDI port \"nobody:midi_in\" does not exist"), std::string::npos)
         << report;
 }
