@@ -2,6 +2,7 @@
 
 #include "Diagnostics.h"
 #include "Presets.h"
+#include "TrackerOption.h"
 
 #include <chrono>
 #include <cstdio>
@@ -58,6 +59,7 @@ CLI::App* AddConvertCommand(CLI::App& app, ConvertOptions& o) {
         ->check(CLI::Range(1, 16));
     cmd->add_flag("--median", o.settings.median, "Decide on the median of the last three pitches");
     cmd->add_flag("--confirm", o.settings.confirm, "Start a note only on its second voiced frame");
+    AddTrackerOption(*cmd, o.settings.tracker);
     cmd->add_flag("-q,--quiet", o.quiet, "Print nothing but errors");
     return cmd;
 }

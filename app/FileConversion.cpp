@@ -116,6 +116,7 @@ ConversionReport Convert(const std::string& input, const std::string& output,
     options.internalSynth = false;
     options.median = settings.median ? 1 : 0;
     options.confirm = settings.confirm ? 1 : 0;
+    options.trackerFactory = TrackerFactoryFor(settings.tracker);
     media::DisplaySink window;
     VocatoNode node(&window, nullptr, "", settings.channel, std::move(options));
     node.NodeRegistered();

@@ -2,6 +2,8 @@
 // window records and exported as a Standard MIDI File.
 #pragma once
 
+#include "PitchTracker.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -18,6 +20,7 @@ struct ConversionSettings {
     int8_t channel = 1;
     bool median = false;
     bool confirm = false;
+    TrackerKind tracker = kDefaultTrackerKind;
 };
 
 struct ConversionReport {
