@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <random>
 
@@ -76,34 +75,6 @@ TEST(Robustness, RandomSamplesAndParametersKeepEveryOutputInRange) {
             ASSERT_LT(s->head, static_cast<uint32_t>(kWFETRingSize));
         }
     }
-}
-
-TEST(Robustness, NotesAlwaysEndWithTheNoteThatStarted) {
-    std::mt19937 rng(99);
-    EnginePtr s = NewEngine();
-    ConfigureVoice(s.get());
-    WFETSet(s.get(), WFET_START_LEVEL_DB, -60);
-    WFETSet(s.get(), WFET_START_DISTANCE, 1.9);
-    std::vector<int16_t> signal;
-    for (int burst = 0; burst < 60; ++burst) {
-        const double note = std::uniform_real_distribution<double>(40, 70)(rng);
-        const auto tone = Render({.frequency = NoteFrequency(note), .seconds = 0.05 + 0.01 * (burst % 7),
-                                  .levelDb = -3.0 - burst % 30, .harmonics = {1, 0.7, 0.2}});
-        signal.insert(signal.end(), tone.begin(), tone.end());
-    }
-    signal.resize(signal.size() + 44100, 0);
-    int16_t sounding = -1;
-    for (const Event& e : RunEngine(s.get(), signal).events) {
-        if (e.noteOff >= 0) {
-            ASSERT_EQ(e.noteOff, sounding) << "frame " << e.frame;
-            sounding = -1;
-        }
-        if (e.noteOn >= 0) {
-            ASSERT_EQ(sounding, -1) << "a second note started over a sounding one";
-            sounding = e.noteOn;
-        }
-    }
-    EXPECT_EQ(sounding, -1) << "a note was left hanging after the silence";
 }
 
 } // namespace
