@@ -48,7 +48,7 @@ TEST_F(ArtworkTest, EveryPictureExistsAtItsSizeAndAtDoubleSize) {
     EXPECT_TRUE(LoadPixmapResource("m32", 2.0).isNull());
 }
 
-TEST_F(ArtworkTest, PicturesFitWhatTheKeyboardDisplayDrawsOverThem) {
+TEST_F(ArtworkTest, EachOctavePictureLightsExactlyTheKeyAtTheDisplaysMark) {
     // Where the display marks each semitone inside an octave picture; black keys
     // are probed on their upper part, white keys below the black ones.
     const int notePos[12] = {5, 9, 16, 22, 26, 36, 42, 47, 52, 58, 64, 68};
@@ -60,13 +60,6 @@ TEST_F(ArtworkTest, PicturesFitWhatTheKeyboardDisplayDrawsOverThem) {
             EXPECT_EQ(IsLit(octave.pixel(notePos[semitone], isBlack[semitone] ? 20 : 50)),
                       semitone == image - 1)
                 << "c" << image << " semitone " << semitone;
-        }
-    }
-    // The display erases the bend bar in black, so the skin must be black there.
-    QImage skin = LoadImageResource("skin");
-    for (int x = 9; x <= 590; x += 3) {
-        for (int y = 290; y <= 296; ++y) {
-            ASSERT_EQ(skin.pixel(x, y), qRgb(0, 0, 0)) << x << "," << y;
         }
     }
 }

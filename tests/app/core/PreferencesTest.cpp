@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <random>
 #include <sstream>
 
@@ -65,33 +67,41 @@ TEST_F(PreferencesTest, FirstStartGivesTheDefaultsAndWritesOnlyTheFileAtTheEnd) 
     EXPECT_EQ(again.GetInt8("MidiChannel", 1, &channel), 4);
 }
 
-TEST_F(PreferencesTest, EveryTypeComesBackAndALaterShorterSaveKeepsTheOtherKeys) {
-    Message nested(FourCC("MRec"));
-    nested.AddString("Name", "inner");
+TEST_F(PreferencesTest, EveryTypeComesBackExactlyAndALaterShorterSaveKeepsTheOtherKeys) {
+    using std::numeric_limits;
+    Message nested(0x00010203);
+    nested.AddMessage("_msg", Message(FourCC("MRec")));
     NoteRange range(48, 72);
     Message saved;
     {
         TPreferences store("Vocato");
-        store.SetBool("Bool", true);
-        store.SetInt16("Int16", -300);
-        store.SetInt32("InternalSynth", 0);
-        store.SetInt64("Int64", int64_t(1) << 40);
-        store.SetFloat("midiMin", 48.5f);
-        store.SetDouble("Double", 0.1);
-        store.SetPoint("Point", {3, 4});
-        store.SetRect("Rect", {0, 0, 200, 150});
+        store.SetBool("flag", true);
+        store.SetInt8("lowest", numeric_limits<int8_t>::min());
+        store.SetInt16("highest", numeric_limits<int16_t>::max());
+        store.SetInt32("negative", numeric_limits<int32_t>::min());
+        store.SetInt64("big", numeric_limits<int64_t>::max());
+        store.SetFloat("midiMin", 1.0f / 3.0f);
+        store.SetFloat("negativeZero", -0.0f);
+        store.SetFloat("infinite", numeric_limits<float>::infinity());
+        store.SetDouble("tiny", numeric_limits<double>::denorm_min());
         store.SetString("MidiPortName", std::string(200, 'n').c_str());
-        store.SetMessage("Message", &nested);
+        store.SetString("quoted", "say \"hi\"\\ now\nnext line\ttab\x01 é ♪");
+        store.SetString("empty", "");
+        store.SetString("# not a comment", "end");
+        store.SetPoint("where", {-1.5f, 2.25f});
+        store.SetRect("_frame", {0, 0, 34, 24});
+        store.SetMessage("_e_on", &nested);
         store.SetFlat("Range", &range);
+        store.AddData("nothing", FlatData{0, {}});
         saved = store;
-        ASSERT_EQ(saved.CountNames(), 11);
+        ASSERT_EQ(saved.CountNames(), 18);
     }
     auto longSize = fs::file_size(File());
     {
         TPreferences store("Vocato");
         EXPECT_EQ(static_cast<const Message&>(store), saved);
-        Message message;
-        EXPECT_EQ(store.GetMessage("Message", Message(), &message), nested);
+        float zero = 1;
+        EXPECT_TRUE(std::signbit(store.GetFloat("negativeZero", 1, &zero)));
         NoteRange back;
         EXPECT_EQ(store.GetFlat("Range", NoteRange(1, 2), &back), B_OK);
         EXPECT_EQ(back.high, 72);

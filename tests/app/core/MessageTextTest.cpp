@@ -1,12 +1,14 @@
-// A long random-input run over the settings loader: random bytes, damaged
-// copies of real texts and random messages must never crash it, and whatever
-// it accepts must be a message that writes itself back the same way. (With
-// Clang, fuzz/ holds a libFuzzer target for longer runs.)
-#include "Message.h"
+// The settings and archive text: its exact form, hand-edited and hostile input,
+// and a long random-input run (random bytes, damaged copies of real texts and
+// random messages must never crash the loader, and whatever it accepts must
+// write itself back the same way). With Clang, fuzz/ holds a libFuzzer target
+// for longer runs.
 #include "MessageText.h"
+#include "Message.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <random>
 
@@ -19,9 +21,7 @@ Message RandomMessage(std::mt19937& random, int depth = 0) {
     auto real = [&] { return std::uniform_real_distribution<float>(-1e6f, 1e6f)(random); };
     auto text = [&] {
         std::string s(random() % 7, ' ');
-        for (char& c : s) {
-            c = char(byte());
-        }
+        std::generate(s.begin(), s.end(), [&] { return char(byte()); });
         return s;
     };
     // In the order of FieldType, which is also the order of Message::Value.
@@ -72,6 +72,64 @@ void ExpectStableIfAccepted(std::string_view text) {
 }
 
 } // namespace
+
+TEST(MessageText, TheTextIsReadableByPeopleAndMayBeEditedByHand) {
+    Message message(FourCC("pref"));
+    message.AddInt8("MidiChannel", 5);
+    message.AddString("MidiPortName", "Midi Through:Midi Through Port-0");
+    message.AddFloat("BendRange", 6);
+    EXPECT_EQ(message.what, 0x70726566u);
+    EXPECT_EQ(MessageToText(message),
+              "what 'pref'\n"
+              "int8 \"MidiChannel\" 5\n"
+              "string \"MidiPortName\" \"Midi Through:Midi Through Port-0\"\n"
+              "float \"BendRange\" 6\n"
+              "end\n");
+    Message parsed;
+    ASSERT_EQ(MessageFromText("# by hand\r\n\r\nwhat 'pref'\r\n  int8 \"MidiChannel\" 5  \r\n"
+                              "string \"MidiPortName\" \"Midi Through:Midi Through Port-0\"\n"
+                              "# note\r\nfloat \"BendRange\" 6\nend\r\n\n# after\n",
+                              &parsed),
+              B_OK);
+    EXPECT_EQ(parsed, message);
+}
+
+TEST(MessageText, MalformedTextIsRejectedAndLeavesTheTargetAlone) {
+    const char* broken[] = {
+        "",
+        "end\n",
+        "what 'pref'\n",                                    // cut before its end
+        "what 'pref'\nint8 \"MidiChannel\" 5\n",            // cut at a line boundary
+        "what 'pref'\nint8 \"MidiChannel\" 128\nend\n",     // out of range for int8
+        "what 'pref'\nint8 \"MidiChannel\" 5x\nend\n",      // trailing characters
+        "what 'pref'\nint9 \"MidiChannel\" 5\nend\n",       // unknown type
+        "what 'pref'\nstring \"Name\" \"open\nend\n",       // unterminated string
+        "what 'pref'\nstring \"Name\" \"bad \\q\"\nend\n",  // unknown escape
+        "what 'pref'\nint8 \"a\" 1\nint32 \"a\" 2\nend\n",  // one name, two types
+        "what 'pref'\nrect \"r\" 1 2 3\nend\n",             // too few numbers
+        "what 'pref'\nmessage \"m\" {\nwhat 'x'\nend\n",    // bad nested code, no brace
+        "what 'pref'\nmessage \"m\" {\nwhat 'MRec'\nend\n", // nested message never closed
+        "what 'pref'\ndata \"d\" 'PNG ' \"abc\"\nend\n",    // odd hex digits
+        "what 'pref'\nend\nint8 \"late\" 1\n",              // content after the end
+        "what 'pre'\nend\n",                                // three-character code
+    };
+    for (const char* text : broken) {
+        Message target(FourCC("keep"));
+        target.AddInt8("marker", 1);
+        Message before = target;
+        EXPECT_EQ(MessageFromText(text, &target), B_BAD_DATA) << text;
+        EXPECT_EQ(target, before) << text;
+    }
+}
+
+TEST(MessageText, DeepNestingIsRefusedInsteadOfExhaustingTheStack) {
+    std::string text = "what 'pref'\n";
+    for (int i = 0; i < 100000; ++i) {
+        text += "message \"m\" {\nwhat 'pref'\n";
+    }
+    Message parsed;
+    EXPECT_EQ(MessageFromText(text, &parsed), B_BAD_DATA);
+}
 
 TEST(MessageTextFuzz, RandomMessagesRoundTripAndEveryCutShortCopyIsRejected) {
     std::mt19937 random(20261123);
