@@ -44,6 +44,9 @@ TEST(RecordingSlot, ReplacingTheStoreWhileTheNodeRecordsNeverLosesAWrite) {
             writes.fetch_add(1);
         }
     });
+    while (writes.load() == 0) {
+        std::this_thread::yield(); // replace only while the writer is really running
+    }
     size_t recorded = 0;
     for (int round = 0; round < 200; ++round) {
         MidiStore* before = slot.Kept();
