@@ -62,8 +62,10 @@ void VocatoNode::ProcessAudio(media::Buffer& buffer) noexcept {
         return static_cast<unsigned char>(TruncToward0<int32_t>(transpose + note));
     };
     const auto* data = static_cast<const uint8_t*>(buffer.data);
+    const auto* first = data;
     size_t chunk = std::min<size_t>(byteCount, 2 * kWFETFrameSamples);
     while (chunk != 0) {
+        fDecisionFrame = static_cast<uint32_t>((data - first + chunk + 1) / 2 - 1);
         if (fEngine != nullptr) {
             fEngine->Process(reinterpret_cast<const int16_t*>(data), static_cast<uint32_t>(chunk));
             fEngine->Calc(&fMidiOut);
@@ -87,6 +89,7 @@ void VocatoNode::ProcessAudio(media::Buffer& buffer) noexcept {
         data += chunk;
         chunk = std::min(byteCount, chunk);
     }
+    fDecisionFrame = 0;
     fMidiClock.store(clock, std::memory_order_relaxed);
 }
 

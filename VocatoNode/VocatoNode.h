@@ -137,6 +137,10 @@ public:
     int32_t Program() const noexcept { return fProgram.load(std::memory_order_relaxed); }
     float BendRange() const noexcept { return fBendRange.load(std::memory_order_relaxed); }
     double MidiClock() const noexcept { return fMidiClock.load(std::memory_order_relaxed); }
+    // Node thread, from inside a send: the frame of the buffer being processed whose arrival
+    // completed the decision (the last frame of its 16-sample chunk); 0 outside the buffer
+    // path. MIDI ports use it to place events at their exact frame.
+    uint32_t DecisionFrame() const noexcept { return fDecisionFrame; }
     // The recording stamp that an event sent now would get.
     uint32_t RecordingStampNow() const noexcept;
     // False when the tracker refused the stream's rate or there is no tracker.
@@ -182,6 +186,7 @@ private:
     WFETMidiOut fMidiOut{};
     uint16_t fLastBend = 0;
     uint16_t fLastExpression = 0;
+    uint32_t fDecisionFrame = 0;
     std::atomic<double> fMidiClock{0.0};
     std::unique_ptr<media::FluidSynthSink> fSynth;
     std::atomic<double> fStoreBaseTime{0.0};

@@ -1,6 +1,7 @@
 // The vocato executable: one subcommand per headless role; the window comes with no
 // subcommand.
 #include "ConvertCommand.h"
+#include "LiveCommand.h"
 
 #include <CLI/CLI.hpp>
 
@@ -12,10 +13,15 @@ int main(int argc, char** argv) {
 
     vocato::app::ConvertOptions convert;
     CLI::App* convertCommand = vocato::app::AddConvertCommand(app, convert);
+    vocato::app::LiveOptions live;
+    CLI::App* liveCommand = vocato::app::AddLiveCommand(app, live);
 
     CLI11_PARSE(app, argc, argv);
     if (convertCommand->parsed()) {
         return vocato::app::RunConvert(convert);
+    }
+    if (liveCommand->parsed()) {
+        return vocato::app::RunLive(live);
     }
     std::cout << app.help();
     return 0;

@@ -25,6 +25,9 @@ std::unique_ptr<FluidSynthSink> FluidSynthSink::Create(double sampleRate) {
     // Dry output: what the node plays should sound as it is, and tests measure its pitch.
     fluid_settings_setint(settings, "synth.reverb.active", 0);
     fluid_settings_setint(settings, "synth.chorus.active", 0);
+    // One thread at a time plays and renders (the node thread, or a JACK callback that does
+    // both); FluidSynth's own API lock would otherwise be taken on the audio thread.
+    fluid_settings_setint(settings, "synth.threadsafe-api", 0);
     fluid_synth_t* synth = new_fluid_synth(settings);
     if (synth == nullptr) {
         delete_fluid_settings(settings);

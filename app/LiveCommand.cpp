@@ -1,0 +1,84 @@
+#include "LiveCommand.h"
+
+#include "Presets.h"
+
+#include "Diagnostics.h"
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <thread>
+
+namespace vocato::app {
+namespace {
+
+std::atomic<bool> stopRequested{false};
+
+extern "C" void RequestStop(int) { stopRequested.store(true); }
+
+void CatchStopSignals() {
+    struct sigaction action {};
+    action.sa_handler = &RequestStop;
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
+} // namespace
+
+CLI::App* AddLiveCommand(CLI::App& app, LiveOptions& o) {
+    CLI::App* cmd = app.add_subcommand(
+        "live", "Live input (or a sound file in real time) to the MIDI ports and the synthesizer");
+    LiveSettings& s = o.settings;
+    cmd->add_option("--preset", s.preset, "Input preset, 1 (Default) to 20 (Alto recorder)")
+        ->check(CLI::Range(1, kPresetCount));
+    cmd->add_option("--program", s.program, "General MIDI program, 0 to 127")
+        ->check(CLI::Range(0, 127));
+    cmd->add_option("--transpose", s.transpose, "Semitones added to every note")
+        ->check(CLI::Range(-48.0f, 48.0f));
+    cmd->add_flag("--no-synth", o.noSynth, "Do not play the internal synthesizer");
+    cmd->add_option("--midi-port", s.midiPort,
+                    "Connect the MIDI output to this JACK port or ALSA sequencer port");
+    cmd->add_option("--file", s.file, "Play this sound file in real time instead of the input");
+    cmd->add_flag("-v,--verbose", s.verbose, "Print the notes as they are played");
+    cmd->add_flag("-q,--quiet", o.quiet, "Print nothing but errors");
+    return cmd;
+}
+
+int RunLive(const LiveOptions& o) {
+    media::SetDiagnosticsQuiet(o.quiet);
+    LiveSettings settings = o.settings;
+    settings.audio.synth = !o.noSynth;
+    media::StderrAlert alert;
+    LiveSession session(settings, alert);
+    stopRequested = false;
+    CatchStopSignals();
+
+    std::string report;
+    const bool playing = session.Start(report);
+    if (!o.quiet || !playing) {
+        std::fprintf(stderr, "%s", report.c_str());
+    }
+    if (!playing) {
+        std::fprintf(stderr, "vocato live: nothing to play\n");
+        return 1;
+    }
+    if (!o.quiet) {
+        std::fprintf(stderr, "Running; Ctrl-C stops.\n");
+    }
+    const bool file = !settings.file.empty();
+    while (!stopRequested.load() && !(file && session.FileFinished())) {
+        session.Tick(stdout, stderr);
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    session.Tick(stdout, stderr);
+    session.Stop();
+    session.Tick(stdout, stderr); // the notes the stop ended
+    if (!o.quiet) {
+        std::fprintf(stderr, "Stopped; every note ended.\n");
+    }
+    return 0;
+}
+
+} // namespace vocato::app

@@ -1,0 +1,79 @@
+#include "JackServer.h"
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace vocato::test {
+namespace {
+
+std::atomic<int> serial{0};
+
+bool Answers(const std::string& name) {
+    const std::string command = "jack_lsp -s " + name + " >/dev/null 2>&1";
+    return std::system(command.c_str()) == 0;
+}
+
+} // namespace
+
+JackServer::JackServer(int period, int rate, const std::string& name, bool realtime)
+    : name_(name.empty() ? "vocato_test_" + std::to_string(::getpid()) + "_" +
+                               std::to_string(serial.fetch_add(1))
+                         : name) {
+    ::setenv("JACK_NO_START_SERVER", "1", 1);
+    ::setenv("JACK_DEFAULT_SERVER", name_.c_str(), 1);
+    const std::string p = std::to_string(period);
+    const std::string r = std::to_string(rate);
+    pid_ = ::fork();
+    if (pid_ == 0) {
+        const int null = ::open("/dev/null", O_WRONLY);
+        ::dup2(null, STDOUT_FILENO);
+        ::dup2(null, STDERR_FILENO);
+        // Synchronous mode: every client runs in every cycle even when one is late, so that
+        // frame positions stay exact on a busy machine; and a generous client timeout, so that
+        // a busy machine does not get a slow test client thrown out.
+        ::execlp("jackd", "jackd", "-n", name_.c_str(), realtime ? "-R" : "--no-realtime", "-S",
+                 "-t", "5000", "-d", "dummy", "-r", r.c_str(), "-p", p.c_str(),
+                 static_cast<char*>(nullptr));
+        ::_exit(127);
+    }
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    while (pid_ > 0 && std::chrono::steady_clock::now() < deadline) {
+        if (Answers(name_)) {
+            ready_ = true;
+            break;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+}
+
+JackServer::~JackServer() { Kill(SIGTERM); }
+
+void JackServer::Kill(int signal) {
+    if (pid_ <= 0) {
+        return;
+    }
+    ::kill(pid_, signal);
+    int status = 0;
+    ::waitpid(pid_, &status, 0);
+    pid_ = -1;
+}
+
+bool PortExists(const std::string& server, const std::string& port) {
+    const std::string command = "jack_lsp -s " + server + " 2>/dev/null | grep -qx '" + port + "'";
+    return std::system(command.c_str()) == 0;
+}
+
+bool PortsConnected(const std::string& server, const std::string& port, const std::string& other) {
+    const std::string command = "jack_lsp -s " + server + " -c " + port +
+                                " 2>/dev/null | grep -qx '   " + other + "'";
+    return std::system(command.c_str()) == 0;
+}
+
+} // namespace vocato::test

@@ -1,0 +1,84 @@
+// The router's ledger of sounding notes and its queue to the audio side.
+#include "LiveMidiRouter.h"
+
+#include "VocatoNode.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace vocato::test {
+namespace {
+
+namespace midi = media::midi;
+
+class Router : public ::testing::Test {
+protected:
+    static NodeOptions Silent() {
+        NodeOptions options;
+        options.internalSynth = false;
+        return options;
+    }
+    std::vector<media::MidiMessage> Drain() {
+        std::vector<media::MidiMessage> out;
+        app::QueuedMidi event;
+        while (router.Next(event)) {
+            out.push_back(event.message);
+        }
+        return out;
+    }
+
+    VocatoNode node{nullptr, nullptr, "", 1, Silent()};
+    app::LiveMidiRouter router{node};
+};
+
+TEST_F(Router, SilenceEndsEachSoundingNoteThenResetsEveryChannel) {
+    router.SetAudioSide(true);
+    router.Send(midi::NoteOn(1, 60, 100), 0);
+    router.Send(midi::NoteOn(3, 72, 90), 0);
+    router.Send(midi::NoteOn(1, 64, 80), 0);
+    router.Send(midi::NoteOff(1, 64, 0), 0);
+    EXPECT_EQ(router.SoundingNotes(), 2);
+    Drain();
+
+    router.Silence();
+    const auto out = Drain();
+    ASSERT_EQ(out.size(), 2u + 32u);
+    EXPECT_EQ(out[0], midi::NoteOff(1, 60, 0));
+    EXPECT_EQ(out[1], midi::NoteOff(3, 72, 0));
+    for (int channel = 1; channel <= 16; ++channel) {
+        EXPECT_EQ(out[2 * channel], midi::ControlChange(channel, 123, 0));
+        EXPECT_EQ(out[2 * channel + 1], midi::ControlChange(channel, 121, 0));
+    }
+    EXPECT_EQ(router.SoundingNotes(), 0);
+}
+
+TEST_F(Router, TheAllNotesOffSweepPassesOnlyTheNoteOffsThatEndANote) {
+    router.SetAudioSide(true);
+    router.Send(midi::NoteOn(1, 69, 100), 0);
+    Drain();
+    router.AllNotesOff(false, 0); // controller 123 and a note-off for every key of every channel
+    const auto out = Drain();
+    ASSERT_EQ(out.size(), 16u + 1u);
+    EXPECT_EQ(out[1], midi::NoteOff(1, 69, 0));
+}
+
+TEST_F(Router, ANoteOnWithVelocityZeroEndsTheNote) {
+    router.Send(midi::NoteOn(2, 50, 100), 0);
+    router.Send(midi::NoteOn(2, 50, 0), 0);
+    EXPECT_EQ(router.SoundingNotes(), 0);
+}
+
+TEST_F(Router, NothingIsQueuedWithoutAnAudioSideAndAFullQueueDropsAndCounts) {
+    router.Send(midi::ControlChange(1, 11, 100), 0);
+    EXPECT_TRUE(Drain().empty());
+    router.SetAudioSide(true);
+    for (size_t i = 0; i < app::LiveMidiRouter::kQueueCapacity + 5; ++i) {
+        router.Send(midi::ControlChange(1, 11, static_cast<uint8_t>(i & 0x7F)), 0);
+    }
+    EXPECT_EQ(router.Dropped(), 5u);
+    EXPECT_EQ(Drain().size(), app::LiveMidiRouter::kQueueCapacity);
+}
+
+} // namespace
+} // namespace vocato::test

@@ -1,0 +1,88 @@
+#include "LiveTestSupport.h"
+
+#include "Fixtures.h"
+
+#include "MidiSink.h"
+#include "VocatoNode.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vocato::test {
+namespace {
+
+class NoteOnCollector final : public media::MidiSink {
+public:
+    explicit NoteOnCollector(const VocatoNode& node) : node_(node) {}
+    void Send(const media::MidiMessage& m, uint32_t) noexcept override {
+        if (m.Status() == media::midi::kNoteOn && m.bytes[2] != 0) {
+            decisions.push_back({m.bytes[1], bufferStart + node_.DecisionFrame()});
+        }
+    }
+    std::vector<Decision> decisions;
+    int64_t bufferStart = 0;
+
+private:
+    const VocatoNode& node_;
+};
+
+} // namespace
+
+const std::vector<float>& Melody() {
+    static const std::vector<float> melody = [] {
+        auto m = RenderMelody({{60, 0.10, 0.60}, {64, 0.80, 1.30}, {69, 1.50, 2.30}}, 73,
+                              44100.0, 0.4);
+        // A singer close to the microphone: peaks at -3 dBFS.
+        float peak = 0.0f;
+        for (float x : m) {
+            peak = std::max(peak, std::abs(x));
+        }
+        for (float& x : m) {
+            x *= 0.708f / peak;
+        }
+        return m;
+    }();
+    return melody;
+}
+
+std::vector<Decision> OfflineNoteOns(const std::vector<float>& signal, uint32_t period) {
+    NodeOptions options;
+    options.internalSynth = false;
+    media::DisplaySink window;
+    VocatoNode node(&window, nullptr, "", 1, options);
+    NoteOnCollector collector(node);
+    node.AddMidiOutput(&collector);
+    node.NodeRegistered();
+    int32_t cookie = 0;
+    media::MediaInput input;
+    node.GetNextInput(&cookie, &input);
+    media::MediaFormat format;
+    format.type = media::MediaType::RawAudio;
+    format.raw.frameRate = 44100.0;
+    format.raw.channelCount = 1;
+    node.Connected(media::MediaSource{0, 0}, input.destination, format, &input);
+    node.Start(0);
+    std::vector<int16_t> samples(period);
+    for (size_t at = 0; at + period <= signal.size(); at += period) {
+        for (uint32_t i = 0; i < period; ++i) {
+            const float x = std::clamp(signal[at + i] * 32768.0f, -32768.0f, 32767.0f);
+            samples[i] = static_cast<int16_t>(std::lrint(x));
+        }
+        media::Buffer buffer;
+        buffer.data = samples.data();
+        buffer.sizeUsed = period * sizeof(int16_t);
+        collector.bufferStart = static_cast<int64_t>(at);
+        node.BufferReceived(buffer);
+    }
+    return collector.decisions;
+}
+
+app::LiveSettings JackOnlySettings(bool synth) {
+    app::LiveSettings settings;
+    settings.audio.alsa = false;
+    settings.audio.synth = synth;
+    settings.program = 73;
+    return settings;
+}
+
+} // namespace vocato::test
