@@ -1,6 +1,7 @@
 #include "LiveCommand.h"
 
 #include "Presets.h"
+#include "TrackerOption.h"
 
 #include "Diagnostics.h"
 
@@ -41,6 +42,7 @@ CLI::App* AddLiveCommand(CLI::App& app, LiveOptions& o) {
     cmd->add_option("--midi-port", s.midiPort,
                     "Connect the MIDI output to this JACK port or ALSA sequencer port");
     cmd->add_option("--file", s.file, "Play this sound file in real time instead of the input");
+    AddTrackerOption(*cmd, s.tracker);
     cmd->add_flag("-v,--verbose", s.verbose, "Print the notes as they are played");
     cmd->add_flag("-q,--quiet", o.quiet, "Print nothing but errors");
     return cmd;

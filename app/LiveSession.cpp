@@ -13,9 +13,10 @@
 namespace vocato::app {
 namespace {
 
-NodeOptions NodeOptionsFor(media::Alert& alert) {
+NodeOptions NodeOptionsFor(media::Alert& alert, TrackerKind tracker) {
     NodeOptions options;
     options.alert = &alert;
+    options.trackerFactory = TrackerFactoryFor(tracker);
     // The live audio system owns the synthesizer: it must play on the thread that renders it.
     options.internalSynth = false;
     return options;
@@ -26,7 +27,7 @@ NodeOptions NodeOptionsFor(media::Alert& alert) {
 LiveSession::LiveSession(LiveSettings settings, media::Alert& alert)
     : settings_(std::move(settings)),
       alert_(alert),
-      node_(&window_, nullptr, "Vocato", settings_.channel, NodeOptionsFor(alert)),
+      node_(&window_, nullptr, "Vocato", settings_.channel, NodeOptionsFor(alert, settings_.tracker)),
       router_(node_),
       audio_(router_, [this] {
           LiveAudioOptions options = settings_.audio;

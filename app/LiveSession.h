@@ -32,6 +32,7 @@ struct LiveSettings {
     std::string file;     // played instead of the live input when set
     bool verbose = false;
     bool sequencer = true;
+    TrackerKind tracker = kDefaultTrackerKind;
 };
 
 class LiveSession final : public ParameterListener {
