@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-namespace midi = vocato::media::midi;
 using namespace vocato;
 using Sets = std::vector<std::pair<int16_t, double>>;
 using vocato::test::NodeRig;
@@ -31,74 +30,31 @@ TEST(Presets, TheDefaultPresetFeedsAFreshEngineInTheFixedOrder) {
     EXPECT_EQ(rig.script->sets, expected);
 }
 
-TEST(Presets, FemaleVoiceSetsItsRangeAndAnnouncesExpressionAndBendRange) {
-    NodeRig rig(true, 4);
-    rig.sink.sent.clear();
-    rig.SetInt(PARAM_PRESET, 3);
-    EXPECT_EQ(rig.GetFloat(PARAM_MIDI_MIN), 48.0f);
-    EXPECT_EQ(rig.GetFloat(PARAM_MIDI_MAX), 78.0f);
-    EXPECT_EQ(rig.GetFloat(PARAM_BEND_RANGE), 4.0f);
-    EXPECT_EQ(rig.sink.Messages(),
-              (std::vector<media::MidiMessage>{
-                  midi::ControlChange(4, 11, 127), midi::ControlChange(1, 101, 0),
-                  midi::ControlChange(1, 100, 0), midi::ControlChange(1, 6, 4),
-                  midi::ControlChange(1, 38, 0)}));
-    EXPECT_EQ(rig.window.midiMin.load(), 48.0f);
-    EXPECT_EQ(rig.window.midiMax.load(), 78.0f);
-    EXPECT_EQ(rig.script->sets.back(), (std::pair<int16_t, double>{WFET_LEVEL_MODE, 2.0}));
-}
-
-TEST(Presets, InstrumentKindsDifferWhereTheirInstrumentsDo) {
-    NodeRig rig;
-    rig.SetInt(PARAM_PRESET, 4); // guitars
-    EXPECT_EQ(rig.GetFloat(PARAM_BEND_RANGE), 6.0f);
-    EXPECT_EQ(rig.sink.Messages().at(rig.sink.sent.size() - 2), midi::ControlChange(1, 6, 6));
-    rig.SetInt(PARAM_PRESET, 5); // bass
-    EXPECT_EQ(rig.GetFloat(PARAM_START_PERIODS), 1.0f);
-    EXPECT_EQ(rig.GetFloat(PARAM_HOLD_PERIODS), 1.0f);
-    EXPECT_EQ(rig.GetFloat(PARAM_FILTER_SPAN), 2.0f);
-    EXPECT_EQ(rig.GetFloat(PARAM_MIDI_MIN), 27.0f);
-    rig.SetInt(PARAM_PRESET, 18); // flute
-    EXPECT_EQ(rig.GetFloat(PARAM_CONTINUITY), 0.5f);
-    EXPECT_EQ(rig.GetFloat(PARAM_MIDI_MAX), 96.0f);
-    EXPECT_EQ(rig.script->sets.back(), (std::pair<int16_t, double>{WFET_LEVEL_MODE, 1.0}));
-}
-
-TEST(Presets, MaleVoiceFeedsTheEngineExactlyAsTheDefaultDoes) {
-    NodeRig rig;
-    rig.script->sets.clear();
-    rig.SetInt(PARAM_PRESET, 1);
-    const Sets first = rig.script->sets;
-    rig.script->sets.clear();
-    rig.SetInt(PARAM_PRESET, 2);
-    EXPECT_EQ(rig.script->sets, first);
-}
-
 TEST(Presets, AnUnknownNumberKeepsEveryValueButStillRestartsTheEngine) {
     NodeRig rig;
-    rig.SetInt(PARAM_PRESET, 6);
-    rig.SetFloat(PARAM_LEVEL_CEIL_DB, -3.0f);
-    rig.SetFloat(PARAM_TRANSPOSE, 2.0f);
-    rig.SetInt(PARAM_PROGRAM, 40);
+    rig.Set(PARAM_PRESET, 6);
+    rig.Set(PARAM_LEVEL_CEIL_DB, -3.0f);
+    rig.Set(PARAM_TRANSPOSE, 2.0f);
+    rig.Set(PARAM_PROGRAM, 40);
     rig.node->Maintain();
     for (int32_t preset : {0, 21}) {
         const void* before = rig.script->lastConfigured;
         rig.script->sets.clear();
-        rig.SetInt(PARAM_PRESET, preset);
+        rig.Set(PARAM_PRESET, preset);
         EXPECT_NE(rig.script->lastConfigured, before) << "a fresh tracker takes over";
         EXPECT_EQ(rig.script->sets.size(), 17u);
-        EXPECT_EQ(rig.GetFloat(PARAM_MIDI_MIN), 55.0f);
-        EXPECT_EQ(rig.GetFloat(PARAM_LEVEL_CEIL_DB), -3.0f);
-        EXPECT_EQ(rig.GetFloat(PARAM_TRANSPOSE), 2.0f);
-        EXPECT_EQ(rig.GetInt(PARAM_PROGRAM), 40);
+        EXPECT_EQ(rig.Get(PARAM_MIDI_MIN), 55.0f);
+        EXPECT_EQ(rig.Get(PARAM_LEVEL_CEIL_DB), -3.0f);
+        EXPECT_EQ(rig.Get(PARAM_TRANSPOSE), 2.0f);
+        EXPECT_EQ(rig.Get<int32_t>(PARAM_PROGRAM), 40);
     }
 }
 
 TEST(Presets, RetiredTrackersAreFreedOffTheNodeThreadAndSparesRebuilt) {
     NodeRig rig;
     const int destroyed = rig.script->destroyed;
-    rig.SetInt(PARAM_PRESET, 2);
-    rig.SetInt(PARAM_PRESET, 3);
+    rig.Set(PARAM_PRESET, 2);
+    rig.Set(PARAM_PRESET, 3);
     EXPECT_EQ(rig.script->destroyed, destroyed) << "nothing is freed on the node thread";
     rig.node->Maintain();
     EXPECT_EQ(rig.script->destroyed, destroyed + 2);
@@ -107,23 +63,20 @@ TEST(Presets, RetiredTrackersAreFreedOffTheNodeThreadAndSparesRebuilt) {
     EXPECT_EQ(rig.script->created, created) << "the stock is full again";
 }
 
-TEST(Presets, TheEngineRunsAtTheConnectedRate) {
+TEST(Presets, TheEngineRunsAtTheConnectedRateAndARefusedRateLeavesTheNodeNotReady) {
     NodeRig rig;
     rig.script->sets.clear();
-    rig.Connect(1, 48000.0);
+    rig.ConnectAndStart(1, 48000.0);
     ASSERT_FALSE(rig.script->sets.empty());
     EXPECT_EQ(rig.script->sets.front(), (std::pair<int16_t, double>{WFET_SAMPLE_RATE, 48000.0}));
     EXPECT_EQ(rig.script->sets.size(), 17u);
-    rig.node->Start(0);
     rig.Feed(std::vector<int16_t>(16));
     EXPECT_EQ(rig.node->MidiClock(), 4000.0 + 16000.0 / 48000.0);
     rig.script->sets.clear();
-    rig.SetInt(PARAM_PRESET, 3);
+    rig.Set(PARAM_PRESET, 3);
     EXPECT_EQ(rig.script->sets.front().second, 48000.0);
-}
 
-TEST(Presets, ARateTheEngineRefusesLeavesTheNodeNotReady) {
-    NodeRig rig;
+    rig.node->Disconnected({1, 1}, {0, 0});
     rig.Connect(1, 2000.0);
     EXPECT_FALSE(rig.node->EngineReady());
     rig.node->Disconnected({1, 1}, {0, 0});
@@ -132,19 +85,11 @@ TEST(Presets, ARateTheEngineRefusesLeavesTheNodeNotReady) {
 }
 
 TEST(Presets, TheMedianAndConfirmSwitchesReachEveryFreshEngine) {
-    NodeOptions options;
-    options.internalSynth = false;
-    options.median = 1;
-    options.confirm = 1;
-    auto script = std::make_shared<test::TrackerScript>();
-    options.trackerFactory = [script] { return std::make_unique<test::ScriptedTracker>(script); };
-    VocatoNode node(nullptr, nullptr, "", 1, std::move(options));
-    const int32_t preset = 15;
-    node.SetParameterValue(PARAM_PRESET, 0, &preset, 4);
-    node.RunEvents();
+    NodeRig rig({.window = false, .median = 1, .confirm = 1});
+    rig.Set(PARAM_PRESET, 15);
     size_t median = 0;
     size_t confirm = 0;
-    for (const auto& [code, value] : script->sets) {
+    for (const auto& [code, value] : rig.script->sets) {
         median += code == WFET_MEDIAN && value == 1.0;
         confirm += code == WFET_CONFIRM && value == 1.0;
     }
