@@ -1,8 +1,6 @@
-// A node on a manual clock, capturing every MIDI message it sends.
-//
-// By default a scripted tracker stands in for the engine, where a test must pin the node's own
-// logic to exact engine decisions (thresholds, order, transposition) that real audio cannot
-// steer to the unit; it also logs the configuration the node feeds it.
+// A node on a manual clock, capturing every MIDI message it sends. By default a scripted
+// tracker stands in for the engine: it pins the node's own logic to exact engine decisions that
+// real audio cannot steer to the unit, and logs the configuration the node feeds it.
 #pragma once
 
 #include "VocatoNode.h"
@@ -119,20 +117,19 @@ struct NodeRig {
         node->SetParameterValue(id, clock.NowMicros(), &v, 4);
         node->RunEvents();
     }
-    template <typename T = float> T Get(int32_t id, int64_t* when = nullptr) const {
-        int64_t at = 0;
+    template <typename T = float> T Get(int32_t id) const {
+        int64_t when = 0;
         T v{};
         size_t size = 4;
-        node->GetParameterValue(id, &at, &v, &size);
-        if (when != nullptr) {
-            *when = at;
-        }
+        node->GetParameterValue(id, &when, &v, &size);
         return v;
     }
     int64_t When(int32_t id) const {
-        int64_t at = 0;
-        Get(id, &at);
-        return at;
+        int64_t when = 0;
+        int32_t v = 0;
+        size_t size = 4;
+        node->GetParameterValue(id, &when, &v, &size);
+        return when;
     }
     void Feed(std::vector<int16_t> samples, size_t bytes = ~size_t{0}) {
         media::Buffer buffer;
