@@ -13,7 +13,7 @@ namespace midi = vocato::media::midi;
 using vocato::media::MidiMessage;
 using vocato::test::NodeRig;
 
-TEST(MidiSend, BendIsTwo7BitBytesAndBendRangeRegisteredParameterZeroBothShownWhole) {
+TEST(MidiSend, BendIsTwo7BitBytesBendRangeIsParameterZeroAndTheDisplayFollowsBothAndNotes) {
     NodeRig rig;
     for (const auto& [bend, lsb, msb] : {std::tuple{8192, 0, 64}, {16383, 127, 127}, {0, 0, 0}}) {
         rig.sink.Clear();
@@ -32,6 +32,12 @@ TEST(MidiSend, BendIsTwo7BitBytesAndBendRangeRegisteredParameterZeroBothShownWho
     rig.node->SendBendRange(1, 200, 0.0);
     EXPECT_EQ(rig.sink.sent.at(2), midi::ControlChange(1, 6, 72));
     EXPECT_EQ(rig.window.bendRange.load(), 200.0f);
+
+    rig.node->SendNoteOn(1, 60, 100, 0.0);
+    EXPECT_EQ(rig.window.displayNote.load(), 60.0f);
+    rig.node->SendNoteOff(1, 72, 0, 0.0); // clears the display whatever note it ends
+    EXPECT_EQ(rig.window.displayNote.load(), 0.0f);
+    EXPECT_EQ(rig.window.displayVelocity.load(), 0.0f);
 }
 
 TEST(MidiSend, AProgramChangeSilencesEveryNoteThenSendsTheLow8Bits) {
@@ -43,15 +49,6 @@ TEST(MidiSend, AProgramChangeSilencesEveryNoteThenSendsTheLow8Bits) {
     EXPECT_EQ(sent.front(), midi::ControlChange(1, 123, 0));
     EXPECT_EQ(sent[1], midi::NoteOff(1, 0, 0));
     EXPECT_EQ(sent.back(), midi::ProgramChange(1, 44));
-}
-
-TEST(MidiSend, ANoteOffClearsTheDisplayedNoteWhateverNoteItEnds) {
-    NodeRig rig;
-    rig.node->SendNoteOn(1, 60, 100, 0.0);
-    EXPECT_EQ(rig.window.displayNote.load(), 60.0f);
-    rig.node->SendNoteOff(1, 72, 0, 0.0);
-    EXPECT_EQ(rig.window.displayNote.load(), 0.0f);
-    EXPECT_EQ(rig.window.displayVelocity.load(), 0.0f);
 }
 
 TEST(MidiSend, TheRecordingOpensWithTheNodesSettingsThenStampsTimeSinceTheMidiClockBase) {
