@@ -90,28 +90,23 @@ void ExpectMelodyHeard(const RealNode& node) {
 
 } // namespace
 
-TEST(ClosedLoop, AnOboeMelodyRenderedByFluidSynthComesBackAsItsNotesAt44100And48000Hz) {
-    for (double rate : {44100.0, 48000.0}) {
+TEST(ClosedLoop, AnOboeMelodyComesBackAsItsNotesAtEitherRateAndAlikeWhateverTheBufferCut) {
+    for (double rate : {48000.0, 44100.0}) {
         SCOPED_TRACE(rate);
-        RealNode node(rate, kOboePreset);
-        node.Run(test::RenderMelody(kMelody, kOboe, rate), 1024);
-        ExpectMelodyHeard(node);
-    }
-}
-
-TEST(ClosedLoop, BuffersCutAtMultiplesOf16SamplesGiveIdenticalMidi) {
-    const std::vector<float> audio = test::RenderMelody(kMelody, kOboe, 44100);
-    RealNode reference(44100, kOboePreset);
-    reference.Run(audio, 1024);
-    const auto a = reference.Events();
-    for (size_t frames : {16u, 64u, 160u, 4096u}) {
-        RealNode other(44100, kOboePreset);
-        other.Run(audio, frames);
-        const auto b = other.Events();
-        ASSERT_EQ(a.size(), b.size()) << frames;
-        for (size_t i = 0; i < a.size(); ++i) {
-            ASSERT_EQ(a[i].stampMs, b[i].stampMs) << frames << " event " << i;
-            ASSERT_EQ(a[i].message, b[i].message) << frames << " event " << i;
+        const std::vector<float> audio = test::RenderMelody(kMelody, kOboe, rate);
+        RealNode reference(rate, kOboePreset);
+        reference.Run(audio, 1024);
+        ExpectMelodyHeard(reference);
+        const auto a = reference.Events();
+        for (size_t frames : {16u, 64u, 160u, 4096u}) {
+            RealNode other(rate, kOboePreset);
+            other.Run(audio, frames);
+            const auto b = other.Events();
+            ASSERT_EQ(a.size(), b.size()) << frames;
+            for (size_t i = 0; i < a.size(); ++i) {
+                ASSERT_EQ(a[i].stampMs, b[i].stampMs) << frames << " event " << i;
+                ASSERT_EQ(a[i].message, b[i].message) << frames << " event " << i;
+            }
         }
     }
 }
