@@ -51,7 +51,9 @@ TEST(JalvHost, RunsThePluginWithItsPortsOnADummyJackServer) {
     // -p prints the control values: the preset given on the command line shows it reached the
     // plugin's port. jalv runs until its standard input ends.
     const std::string log = (std::filesystem::temp_directory_path() / (server + "-jalv.txt")).string();
-    FILE* jalv = popen(("exec jalv -p -n vocato_jalv -c preset=4 " + std::string(kPluginUri) + " >'" + log + "'").c_str(), "w");
+    const std::string command =
+        "exec jalv -p -n vocato_jalv -c preset=4 " + std::string(kPluginUri) + " >'" + log + "'";
+    FILE* jalv = popen(command.c_str(), "w");
     ASSERT_NE(jalv, nullptr);
     const std::string ports = WaitForPort("vocato_jalv:midi_out");
     // Running for a moment: a crash in run() would take the ports away and end jalv by a signal.

@@ -18,7 +18,9 @@ namespace {
 
 TEST(PluginBundle, PassesTheLv2SchemaValidator) {
     const std::string bundle = BundleDir();
-    FILE* pipe = popen(("lv2_validate '" + bundle + "/manifest.ttl' '" + bundle + "/vocato.ttl' 2>&1").c_str(), "r");
+    const std::string command =
+        "lv2_validate '" + bundle + "/manifest.ttl' '" + bundle + "/vocato.ttl' 2>&1";
+    FILE* pipe = popen(command.c_str(), "r");
     ASSERT_NE(pipe, nullptr);
     std::string output;
     for (char chunk[512]; std::fgets(chunk, sizeof chunk, pipe) != nullptr;) {
@@ -46,12 +48,14 @@ std::map<int, std::string> ScalePoints(const LilvPlugin* plugin, const LilvPort*
 TEST(PluginBundle, LilvSeesThePluginAsThePortTableDescribesIt) {
     TestHost host;
     const LilvPlugin* plugin = host.Plugin();
-    const auto uri = [&](const char* u) { return NodePtr(lilv_new_uri(host.World(), u), &lilv_node_free); };
+    const auto uri = [&](const char* u) {
+        return NodePtr(lilv_new_uri(host.World(), u), &lilv_node_free);
+    };
     EXPECT_TRUE(lilv_plugin_verify(plugin));
     NodePtr name(lilv_plugin_get_name(plugin), &lilv_node_free);
     EXPECT_STREQ(lilv_node_as_string(name.get()), "Vocato");
-    EXPECT_NE(std::strstr(lilv_node_as_uri(lilv_plugin_get_library_uri(plugin)), "/vocato.lv2/vocato.so"),
-              nullptr);
+    const char* library = lilv_node_as_uri(lilv_plugin_get_library_uri(plugin));
+    EXPECT_NE(std::strstr(library, "/vocato.lv2/vocato.so"), nullptr) << library;
     LilvNodes* required = lilv_plugin_get_required_features(plugin);
     EXPECT_EQ(lilv_nodes_size(required), 1u);
     EXPECT_TRUE(lilv_nodes_contains(required, uri(LV2_URID__map).get()));

@@ -21,11 +21,10 @@ std::vector<float> ToneWithSilenceAround(double hz, double rate) {
     return out;
 }
 
-std::vector<int> NoteOns(const std::vector<MidiEvent>& events, size_t from = 0) {
+std::vector<int> NoteOns(const std::vector<MidiEvent>& events) {
     std::vector<int> notes;
-    for (size_t i = from; i < events.size(); ++i) {
-        const auto& b = events[i].bytes;
-        if (b.size() == 3 && (b[0] & 0xF0) == 0x90 && b[2] != 0) {
+    for (const MidiEvent& e : events) {
+        if (const auto& b = e.bytes; b.size() == 3 && (b[0] & 0xF0) == 0x90 && b[2] != 0) {
             notes.push_back(b[1]);
         }
     }
@@ -92,7 +91,7 @@ TEST(PluginInstance, WithAWorkerEveryPresetChangeGetsAFreshTracker) {
         const std::vector<float> tone = vocato::test::Sine(220.0, 44100.0, 4.0);
         for (int change = 0; change < 14; ++change) {
             host.SetControl(kPreset, change % 2 == 0 ? 2.0f : 1.0f);
-            host.Run(std::vector<float>(tone.begin() + change * 11025, tone.begin() + (change + 1) * 11025));
+            host.Run({tone.begin() + change * 11025, tone.begin() + (change + 1) * 11025});
         }
         EXPECT_EQ(host.WorkDone(), worker ? 14u : 0u);
         // Without a worker, the four spares made at activation are all there is.
@@ -127,10 +126,9 @@ TEST(PluginInstance, ActivationSendsProgramAndBendRangeAtTheStartOfTheFirstRun) 
     // Start announces the program and bend range the node holds; the port's program follows
     // as a parameter change in the same run, all before any audio.
     std::vector<std::vector<uint8_t>> expected = AllSoundOff();
-    expected.insert(expected.end(), {{0xC0, 0}, {0xB0, 101, 0}, {0xB0, 100, 0}, {0xB0, 6, 4}, {0xB0, 38, 0}});
-    for (const auto& e : AllSoundOff()) {
-        expected.push_back(e);
-    }
+    expected.insert(expected.end(),
+                    {{0xC0, 0}, {0xB0, 101, 0}, {0xB0, 100, 0}, {0xB0, 6, 4}, {0xB0, 38, 0}});
+    std::ranges::copy(AllSoundOff(), std::back_inserter(expected));
     expected.push_back({0xC0, 41});
     const auto firstAudio = std::ranges::find_if(host.Events(), [](auto& e) { return e.frame > 0; });
     EXPECT_EQ(BytesOf(host.Events(), 0, firstAudio - host.Events().begin()), expected);
@@ -147,9 +145,7 @@ TEST(PluginInstance, DeactivationEndsTheSoundingNoteAtTheNextRun) {
     const size_t before = host.Events().size();
     host.Run(std::vector<float>(256));
     std::vector<std::vector<uint8_t>> expected = AllSoundOff();
-    for (const auto& e : AllSoundOff(64)) {
-        expected.push_back(e);
-    }
+    std::ranges::copy(AllSoundOff(64), std::back_inserter(expected));
     EXPECT_EQ(BytesOf(host.Events(), before, before + expected.size()), expected);
 }
 

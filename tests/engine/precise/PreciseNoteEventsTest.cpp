@@ -48,7 +48,8 @@ TEST(PreciseNoteEvents, RepeatedNotesAreEachStruckAfterAGapOrOnALegatoAttack) {
         std::vector<int16_t> n = Harmonic(62, 0.25);
         for (size_t k = 0; k < n.size(); ++k) {
             const double t = k / 44100.0;
-            n[k] = Saturate(n[k] * (t < 0.01 ? 0.125 + 0.875 * t / 0.01 : 1.0 - 0.6 * (t - 0.01) / 0.24));
+            const double gain = t < 0.01 ? 0.125 + 0.875 * t / 0.01 : 1.0 - 0.6 * (t - 0.01) / 0.24;
+            n[k] = Saturate(n[k] * gain);
         }
         legato.insert(legato.end(), n.begin() + 37 * i, n.end());
     }
@@ -119,7 +120,8 @@ TEST(PreciseNoteEvents, LevelModesWriteVelocityAndExpressionLikeTheEngine) {
 
 TEST(PreciseNoteEvents, BendStaysWithinItsRangeAndCentresOnThePitch) {
     const TrackRun run =
-        Track(*MakeTracker({.bendRange = 2}), Render({.frequency = NoteFrequency(60.5), .seconds = 0.5}), 2);
+        Track(*MakeTracker({.bendRange = 2}), Render({.frequency = NoteFrequency(60.5), .seconds = 0.5}),
+              2);
     ASSERT_EQ(run.notes.size(), 1u);
     EXPECT_NEAR(run.outputs.back().bend, 8192 + (run.notes[0].note == 60 ? 1 : -1) * 8191 / 4, 40);
 }

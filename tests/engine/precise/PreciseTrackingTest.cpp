@@ -62,9 +62,12 @@ TEST(PreciseTracking, HardTimbresGiveOneNoteInTheRightOctave) {
         return Padded(Render({.frequency = NoteFrequency(n), .seconds = 1.0,
                               .harmonics = {0.1, 1.0, 0.5, 0.7, 0.2, 0.3}}));
     };
-    const std::tuple<std::string, std::vector<int>, std::function<std::vector<int16_t>(int)>> timbres[] = {
-        {"weak fundamental", {43, 50, 57, 64}, weakFundamental}, {"vowel a", {41, 52, 64}, vowel(700, 1200)},
-        {"vowel i", {41, 52, 64}, vowel(300, 2300)}, {"vowel o", {41, 52, 64}, vowel(500, 900)},
+    using Make = std::function<std::vector<int16_t>(int)>;
+    const std::tuple<std::string, std::vector<int>, Make> timbres[] = {
+        {"weak fundamental", {43, 50, 57, 64}, weakFundamental},
+        {"vowel a", {41, 52, 64}, vowel(700, 1200)},
+        {"vowel i", {41, 52, 64}, vowel(300, 2300)},
+        {"vowel o", {41, 52, 64}, vowel(500, 900)},
         {"noisy tone", {48, 60, 67}, noisy}};
     for (const auto& [name, notes, make] : timbres) {
         for (int note : notes) {
@@ -90,8 +93,8 @@ TEST(PreciseTracking, OctaveLeapsAndAPortamentoAreFollowedInOrder) {
     const auto leaps = Concat({Harmonic(50, 0.35), Harmonic(62, 0.35), Harmonic(50, 0.35),
                                Harmonic(62, 0.35), Silence(0.1)});
     EXPECT_EQ(Track(*MakeTracker(), leaps).NoteNumbers(), (std::vector<int>{50, 62, 50, 62}));
-    const auto glide = Render({.frequency = NoteFrequency(55), .seconds = 0.25, .harmonics = {1, 0.5, 0.3},
-                               .glideTo = NoteFrequency(60)});
+    const auto glide = Render({.frequency = NoteFrequency(55), .seconds = 0.25,
+                               .harmonics = {1, 0.5, 0.3}, .glideTo = NoteFrequency(60)});
     const std::vector<int> notes =
         Track(*MakeTracker(), Concat({Harmonic(55, 0.3), glide, Harmonic(60, 0.4), Silence(0.1)}))
             .NoteNumbers();
