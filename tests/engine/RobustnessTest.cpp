@@ -12,38 +12,24 @@ namespace {
 using namespace enginetest;
 
 void ExpectInRange(const WFETMidiOut& out) {
-    ASSERT_GE(out.noteOff, -1);
-    ASSERT_GE(out.noteOn, -1);
-    ASSERT_GE(out.velocity, 0);
-    ASSERT_LE(out.velocity, 127);
-    ASSERT_GE(out.bend, 0);
-    ASSERT_LE(out.bend, 16383);
-    ASSERT_GE(out.expression, 0);
-    ASSERT_LE(out.expression, 127);
+    ASSERT_TRUE(out.noteOff >= -1 && out.noteOn >= -1);
+    ASSERT_TRUE(out.velocity >= 0 && out.velocity <= 127);
+    ASSERT_TRUE(out.bend >= 0 && out.bend <= 16383);
+    ASSERT_TRUE(out.expression >= 0 && out.expression <= 127);
 }
 
+// Special values, or uniform values at one of three scales.
 double HostileValue(std::mt19937& rng) {
-    constexpr double specials[] = {0.0,
-                                   -0.0,
-                                   1e-300,
-                                   -1e-300,
-                                   1e300,
-                                   -1e300,
-                                   std::numeric_limits<double>::infinity(),
-                                   -std::numeric_limits<double>::infinity(),
-                                   std::numeric_limits<double>::quiet_NaN(),
+    constexpr double inf = std::numeric_limits<double>::infinity();
+    constexpr double specials[] = {0.0,  -0.0, 1e-300, -1e-300, 1e300, -1e300,
+                                   inf, -inf, std::numeric_limits<double>::quiet_NaN(),
                                    std::numeric_limits<double>::denorm_min()};
-    std::uniform_int_distribution<int> pick(0, 3);
-    switch (pick(rng)) {
-    case 0:
+    const int pick = std::uniform_int_distribution<int>(0, 3)(rng);
+    if (pick == 0) {
         return specials[std::uniform_int_distribution<size_t>(0, std::size(specials) - 1)(rng)];
-    case 1:
-        return std::uniform_real_distribution<double>(-200, 200)(rng);
-    case 2:
-        return std::uniform_real_distribution<double>(-2, 2)(rng);
-    default:
-        return std::uniform_real_distribution<double>(-300000, 300000)(rng);
     }
+    const double scale = pick == 1 ? 2 : pick == 2 ? 200 : 300000;
+    return std::uniform_real_distribution<double>(-scale, scale)(rng);
 }
 
 TEST(Robustness, RandomSamplesAndParametersKeepEveryOutputInRange) {
