@@ -88,15 +88,13 @@ TEST(ConvertCommand, AMelodyBecomesAMidiFileThatOpensWithProgramAndBendRange) {
     EXPECT_EQ(Keys(lines, '8').size(), keys.size()) << "every note is ended";
 }
 
-TEST(ConvertCommand, TheToneInTheFirstChannelOfEveryReadableFormatIsOneA4ClosedAtTheEnd) {
+TEST(ConvertCommand, TheToneInTheFirstChannelAtAnyRateOrLayoutIsOneA4ClosedAtTheEnd) {
     struct Case {
         const char* name;
         int rate, channels, format;
     };
-    for (const Case& c : {Case{"pcm8", 44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_U8},
-                          Case{"pcm24", 44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_24},
-                          Case{"float", 44100, 1, SF_FORMAT_WAV | SF_FORMAT_FLOAT},
-                          Case{"stereo", 44100, 2, SF_FORMAT_FLAC | SF_FORMAT_PCM_16},
+    // Sample formats are the reader's own tests; here: channels, rates and a compressed file.
+    for (const Case& c : {Case{"stereo", 44100, 2, SF_FORMAT_FLAC | SF_FORMAT_PCM_16},
                           Case{"six_channels", 48000, 6, SF_FORMAT_FLAC | SF_FORMAT_PCM_16},
                           Case{"rate8k", 8000, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16},
                           Case{"rate192k", 192000, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16},

@@ -58,17 +58,27 @@ protected:
     // `midiPort`: the stored MIDI port, which Vocato connects itself; else the test does.
     void StartVocato(bool synth, const std::string& midiPort = "") {
         ASSERT_TRUE(server.Ready()) << "jackd (package jackd2) did not start";
+        OpenClients();
         app::LiveSettings settings = JackOnlySettings(synth);
         settings.midiPort = midiPort;
         session = std::make_unique<app::LiveSession>(settings, alerts);
         ASSERT_TRUE(session->Start(report)) << report;
         ASSERT_EQ(session->Audio().Active(), app::LiveAudio::Backend::Jack) << report;
+        ConnectClients(midiPort.empty());
+    }
+    void OpenClients() {
+        player = std::make_unique<PlayerClient>("player", Melody());
+        recorder = std::make_unique<RecorderClient>("recorder", 44100 * 6);
+    }
+    void ConnectClients(bool midi) {
         media::JackClient& jack = *session->Audio().Jack();
-        ASSERT_TRUE(player.Ok() && recorder.Ok());
-        ASSERT_TRUE(player.ConnectTo(jack.InputPortName()));
-        ASSERT_TRUE(!midiPort.empty() ||
-                    recorder.Connect(jack.MidiPortName(), recorder.MidiPort()));
-        ASSERT_TRUE(recorder.Connect(jack.LeftPortName(), recorder.AudioPort()));
+        ASSERT_TRUE(player->ConnectTo(jack.InputPortName()));
+        ASSERT_TRUE(!midi || recorder->Connect(jack.MidiPortName(), recorder->MidiPort()));
+        ASSERT_TRUE(recorder->Connect(jack.LeftPortName(), recorder->AudioPort()));
+    }
+    bool SingToEnd() {
+        player->Play();
+        return Wait([this] { return player->Done(); }, 10.0);
     }
     bool Wait(const std::function<bool()>& done, double seconds = 5.0, std::FILE* err = stderr) {
         return WaitFor(done, seconds, [&] { session->Tick(stdout, err); });
@@ -77,11 +87,8 @@ protected:
     JackServer server;
     KeptAlerts alerts;
     std::string report;
-    std::unique_ptr<PlayerClient> playerClient = std::make_unique<PlayerClient>("player", Melody());
-    std::unique_ptr<RecorderClient> recorderClient =
-        std::make_unique<RecorderClient>("recorder", 44100 * 6);
-    PlayerClient& player = *playerClient;
-    RecorderClient& recorder = *recorderClient;
+    std::unique_ptr<PlayerClient> player;
+    std::unique_ptr<RecorderClient> recorder;
     std::unique_ptr<app::LiveSession> session;
 };
 
@@ -122,10 +129,9 @@ TEST_F(LiveJack, TheMelodyReachesTheStoredMidiPortAtTheFramesTheNodeDecidesAndTh
     StartVocato(true, "recorder:midi_in");
     EXPECT_NE(report.find("MIDI output connected to \"recorder:midi_in\""), std::string::npos)
         << report;
-    player.Play();
-    ASSERT_TRUE(Wait([this] { return player.Done(); }, 10.0));
+    ASSERT_TRUE(SingToEnd());
     WaitFor([] { return false; }, 0.1);
-    const auto ons = NoteOns(recorder.Events());
+    const auto ons = NoteOns(recorder->Events());
     const auto expected = OfflineNoteOns(Melody(), 256);
     ASSERT_EQ(expected.size(), std::size(kMelodyKeys));
     ASSERT_EQ(ons.size(), expected.size());
@@ -135,12 +141,12 @@ TEST_F(LiveJack, TheMelodyReachesTheStoredMidiPortAtTheFramesTheNodeDecidesAndTh
         EXPECT_EQ(ons[i].bytes[1], kMelodyKeys[i]);
         // Same cycle for player, Vocato and recorder: the note-on lands on the very frame
         // whose sample completed the decision.
-        EXPECT_EQ(ons[i].frame - player.StartFrame(), expected[i].sample);
+        EXPECT_EQ(ons[i].frame - player->StartFrame(), expected[i].sample);
         EXPECT_EQ(ons[i].offset, static_cast<uint32_t>(expected[i].sample % 256));
     }
     // A4 is the last note: listen from 0.2 s after its note-on.
-    const std::vector<float> audio = recorder.Audio();
-    const int64_t from = ons[2].frame - recorder.AudioStartFrame() + 8820;
+    const std::vector<float> audio = recorder->Audio();
+    const int64_t from = ons[2].frame - recorder->AudioStartFrame() + 8820;
     ASSERT_GT(static_cast<int64_t>(audio.size()), from + 8192);
     const double hz = EstimatePitchHz(audio.data() + from, 8192, 44100.0);
     EXPECT_NEAR(Cents(hz, 440.0), 0.0, 30.0) << hz << " Hz";
@@ -150,24 +156,24 @@ TEST_F(LiveJack, TheMelodyReachesTheStoredMidiPortAtTheFramesTheNodeDecidesAndTh
 TEST_F(LiveJack, NotesKeepComingAfterAPeriodChangeAndNoneHangsOnAPresetChangeOrAStop) {
     StartVocato(false);
     std::FILE* err = std::tmpfile();
-    auto ons = [this] { return NoteOns(recorder.Events()); };
-    player.Play();
+    auto ons = [this] { return NoteOns(recorder->Events()); };
+    player->Play();
     ASSERT_TRUE(Wait([&] { return !ons().empty(); }));
     ASSERT_EQ(std::system("jack_bufsize 128 >/dev/null 2>&1"), 0);
     ASSERT_TRUE(Wait([&] { return ons().size() >= 2; }, 5.0, err));
     EXPECT_EQ(session->Audio().Jack()->BufferSize(), 128u);
 
-    size_t before = recorder.Events().size();
+    size_t before = recorder->Events().size();
     const int key = ons().back().bytes[1];
     const int32_t preset = 3;
     session->Node().SetParameterValue(PARAM_PRESET, session->Node().Clock().NowMicros(), &preset,
                                       4);
-    EXPECT_TRUE(Wait([&] { return EndedAndSilenced(recorder.Events(), before, key); }, 2.0, err));
+    EXPECT_TRUE(Wait([&] { return EndedAndSilenced(recorder->Events(), before, key); }, 2.0, err));
 
     ASSERT_TRUE(Wait([&] { return ons().back().bytes[1] == 69; }, 5.0, err));
-    before = recorder.Events().size();
+    before = recorder->Events().size();
     session->Connector().StopNodes();
-    EXPECT_TRUE(Wait([&] { return EndedAndSilenced(recorder.Events(), before, 69); }, 2.0, err));
+    EXPECT_TRUE(Wait([&] { return EndedAndSilenced(recorder->Events(), before, 69); }, 2.0, err));
     EXPECT_EQ(session->Router().SoundingNotes(), 0);
 
     std::rewind(err);
@@ -179,7 +185,7 @@ TEST_F(LiveJack, NotesKeepComingAfterAPeriodChangeAndNoneHangsOnAPresetChangeOrA
 
 TEST_F(LiveJack, LosingTheServerMidNoteEndsTheNoteAndVocatoReconnectsToTheNextServer) {
     StartVocato(false);
-    player.Play();
+    player->Play();
     ASSERT_TRUE(Wait([this] { return session->Router().SoundingNotes() > 0; }));
     const std::string name = server.Name();
     server.Kill(SIGKILL);
@@ -187,8 +193,8 @@ TEST_F(LiveJack, LosingTheServerMidNoteEndsTheNoteAndVocatoReconnectsToTheNextSe
     EXPECT_EQ(session->Router().SoundingNotes(), 0);
     EXPECT_TRUE(session->Connector().running) << "the live input stays chosen";
     // libjack frees the clients of a dead server when the next client opens.
-    playerClient.reset();
-    recorderClient.reset();
+    player.reset();
+    recorder.reset();
 
     JackServer next(256, 44100, name);
     ASSERT_TRUE(next.Ready());
@@ -196,14 +202,10 @@ TEST_F(LiveJack, LosingTheServerMidNoteEndsTheNoteAndVocatoReconnectsToTheNextSe
         Wait([this] { return session->Audio().Active() == app::LiveAudio::Backend::Jack; }));
     EXPECT_TRUE(PortExists(name, "Vocato:input"));
     EXPECT_TRUE(session->Audio().Feeding());
-    PlayerClient singer("singer", Melody());
-    RecorderClient listener("listener", 44100);
-    media::JackClient& jack = *session->Audio().Jack();
-    ASSERT_TRUE(singer.ConnectTo(jack.InputPortName()));
-    ASSERT_TRUE(listener.Connect(jack.MidiPortName(), listener.MidiPort()));
-    singer.Play();
-    ASSERT_TRUE(Wait([&] { return singer.Done(); }, 10.0));
-    const auto ons = NoteOns(listener.Events());
+    OpenClients();
+    ConnectClients(true);
+    ASSERT_TRUE(SingToEnd());
+    const auto ons = NoteOns(recorder->Events());
     ASSERT_EQ(ons.size(), std::size(kMelodyKeys));
     for (size_t i = 0; i < ons.size(); ++i) {
         EXPECT_EQ(ons[i].bytes[1], kMelodyKeys[i]);
