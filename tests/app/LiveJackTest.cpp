@@ -71,6 +71,7 @@ protected:
         recorder = std::make_unique<RecorderClient>("recorder", 44100 * 6);
     }
     void ConnectClients(bool midi) {
+        ASSERT_TRUE(player->Ok() && recorder->Ok());
         media::JackClient& jack = *session->Audio().Jack();
         ASSERT_TRUE(player->ConnectTo(jack.InputPortName()));
         ASSERT_TRUE(!midi || recorder->Connect(jack.MidiPortName(), recorder->MidiPort()));
