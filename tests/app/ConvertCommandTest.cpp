@@ -88,17 +88,13 @@ TEST(ConvertCommand, AMelodyBecomesAMidiFileThatOpensWithProgramAndBendRange) {
     EXPECT_EQ(Keys(lines, '8').size(), keys.size()) << "every note is ended";
 }
 
-TEST(ConvertCommand, TheToneInTheFirstChannelOfEveryReadableFormatIsOneA4ClosedAtTheEnd) {
+TEST(ConvertCommand, TheToneInTheFirstChannelAtAnyRateOrLayoutIsOneA4ClosedAtTheEnd) {
     struct Case {
         const char* name;
-        int rate;
-        int channels;
-        int format;
+        int rate, channels, format;
     };
-    for (const Case& c : {Case{"pcm8", 44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_U8},
-                          Case{"pcm24", 44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_24},
-                          Case{"float", 44100, 1, SF_FORMAT_WAV | SF_FORMAT_FLOAT},
-                          Case{"stereo", 44100, 2, SF_FORMAT_FLAC | SF_FORMAT_PCM_16},
+    // Sample formats are the reader's own tests; here: channels, rates and a compressed file.
+    for (const Case& c : {Case{"stereo", 44100, 2, SF_FORMAT_FLAC | SF_FORMAT_PCM_16},
                           Case{"six_channels", 48000, 6, SF_FORMAT_FLAC | SF_FORMAT_PCM_16},
                           Case{"rate8k", 8000, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16},
                           Case{"rate192k", 192000, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16},
@@ -116,7 +112,7 @@ TEST(ConvertCommand, TheToneInTheFirstChannelOfEveryReadableFormatIsOneA4ClosedA
     }
 }
 
-TEST(ConvertCommand, BadInputOrOutputGetsOneMessageAFailureStatusAndLeavesNoFileBehind) {
+TEST(ConvertCommand, BadInputOutputOrOptionsGetAFailureStatusAndLeaveNoFileBehind) {
     TempDir dir;
     const std::string empty = dir.File("empty.wav");
     std::ofstream(empty).close();
@@ -147,16 +143,7 @@ TEST(ConvertCommand, BadInputOrOutputGetsOneMessageAFailureStatusAndLeavesNoFile
     refused(tone, dir.File("no/such/dir/x.mid"), dir.File("no/such/dir/x.mid"));
     refused(dir.File("missing.wav"), kept, dir.File("missing.wav"));
     EXPECT_EQ(Slurp(kept), "earlier");
-}
-
-TEST(ConvertCommand, HelpListsTheOptionsAndBadOptionsAreRefused) {
-    TempDir dir;
-    const Outcome help = Vocato("convert --help", dir);
-    EXPECT_EQ(help.status, 0);
-    for (const char* option : {"--output", "--preset", "--program", "--transpose", "--bend-range",
-                               "--channel", "--median", "--confirm", "--quiet"}) {
-        EXPECT_NE(help.out.find(option), std::string::npos) << option;
-    }
-    EXPECT_NE(Vocato("convert x.wav -o y.mid --preset 21", dir).status, 0);
-    EXPECT_NE(Vocato("convert x.wav", dir).status, 0);
+    EXPECT_NE(Vocato("convert " + tone + " -o " + out + " --preset 21", dir).status, 0);
+    EXPECT_NE(Vocato("convert " + tone, dir).status, 0) << "no output named";
+    EXPECT_FALSE(std::filesystem::exists(out));
 }

@@ -1,17 +1,16 @@
 // The bundle under a real LV2 host: jalv on a dummy JACK server of the test's own. The plugin
 // is found through LV2_PATH, instantiated, and its ports appear as JACK ports.
+#include "JackServer.h"
 #include "TestHost.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace vocato::lv2::test {
 namespace {
@@ -34,19 +33,10 @@ std::string WaitForPort(const std::string& needle) {
 }
 
 TEST(JalvHost, RunsThePluginWithItsPortsOnADummyJackServer) {
-    const std::string server = "vocato-lv2-" + std::to_string(getpid());
-    setenv("JACK_NO_START_SERVER", "1", 1);
-    setenv("JACK_DEFAULT_SERVER", server.c_str(), 1);
+    const vocato::test::JackServer jackd;
+    ASSERT_TRUE(jackd.Ready()) << "the dummy JACK server did not start";
+    const std::string& server = jackd.Name();
     setenv("LV2_PATH", std::filesystem::path(BundleDir()).parent_path().c_str(), 1);
-    const pid_t jackd = fork();
-    if (jackd == 0) {
-        std::freopen("/dev/null", "w", stdout);
-        execlp("jackd", "jackd", "-n", server.c_str(), "--no-realtime", "-d", "dummy", "-r", "44100",
-               "-p", "256", nullptr);
-        _exit(127);
-    }
-    ASSERT_GT(jackd, 0);
-    EXPECT_FALSE(WaitForPort("system:").empty()) << "the dummy JACK server did not start";
 
     // -p prints the control values: the preset given on the command line shows it reached the
     // plugin's port. jalv runs until its standard input ends.
@@ -60,8 +50,6 @@ TEST(JalvHost, RunsThePluginWithItsPortsOnADummyJackServer) {
     std::this_thread::sleep_for(300ms);
     EXPECT_FALSE(WaitForPort("vocato_jalv:midi_out").empty());
     const int status = pclose(jalv);
-    kill(jackd, SIGTERM);
-    waitpid(jackd, nullptr, 0);
     std::ifstream in(log);
     const std::string printed((std::istreambuf_iterator<char>(in)), {});
     std::filesystem::remove(log);

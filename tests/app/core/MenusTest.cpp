@@ -1,6 +1,6 @@
 #include "Menus.h"
 #include "InstrumentTables.h"
-#include "JackDummyServer.h"
+#include "JackServer.h"
 #include "MenuItem.h"
 #include "Preferences.h"
 
@@ -8,6 +8,7 @@
 
 #include <QMenu>
 #include <algorithm>
+#include <jack/jack.h>
 #include <map>
 
 using namespace vocato;
@@ -134,8 +135,8 @@ TEST(MidiPorts, WithoutAJackServerJackContributesNothing) {
 }
 
 TEST(MidiPorts, JackMidiInputsAreListedMarkedFoundAndOffered) {
-    JackDummyServer server;
-    ASSERT_TRUE(server.IsRunning()) << "jackd with the dummy backend did not start";
+    vocato::test::JackServer server;
+    ASSERT_TRUE(server.Ready()) << "jackd with the dummy backend did not start";
     jack_client_t* synth = jack_client_open("vocato-test-synth", JackNoStartServer, nullptr);
     ASSERT_NE(synth, nullptr);
     jack_port_register(synth, "midi_in", JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
