@@ -37,7 +37,8 @@ inline double NoteFrequency(double note) { return 440.0 * std::pow(2.0, (note - 
 inline double Cents(double f, double reference) { return 1200 * std::log2(f / reference); }
 
 // A sum of harmonics with the given amplitudes (index 0 is the fundamental), at a peak level
-// in dBFS, optionally with a sinusoidal vibrato of `vibratoCents` at `vibratoHz`.
+// in dBFS, optionally with a sinusoidal vibrato of `vibratoCents` at `vibratoHz`, or a glide
+// to `glideTo` Hz over the whole signal.
 struct Tone {
     double frequency = 440;
     double seconds = 1;
@@ -45,6 +46,7 @@ struct Tone {
     std::vector<double> harmonics{1.0};
     double vibratoCents = 0;
     double vibratoHz = 5.5;
+    double glideTo = 0;
 };
 
 inline std::vector<int16_t> Render(const Tone& t, double rate = 44100) {
@@ -57,8 +59,12 @@ inline std::vector<int16_t> Render(const Tone& t, double rate = 44100) {
     std::vector<int16_t> out(n);
     double phase = 0;
     for (size_t i = 0; i < n; ++i) {
-        const double f = t.frequency * std::pow(2.0, t.vibratoCents / 1200 *
-                                                          std::sin(2 * std::numbers::pi * t.vibratoHz * i / rate));
+        const double progress = static_cast<double>(i) / static_cast<double>(n);
+        const double glide =
+            t.glideTo > 0 ? std::pow(t.glideTo / t.frequency, progress) : 1.0;
+        const double f = t.frequency * glide *
+                         std::pow(2.0, t.vibratoCents / 1200 *
+                                           std::sin(2 * std::numbers::pi * t.vibratoHz * i / rate));
         phase += 2 * std::numbers::pi * f / rate;
         double v = 0;
         for (size_t h = 0; h < t.harmonics.size(); ++h) {
