@@ -2,7 +2,7 @@
 // window records and exported as a Standard MIDI File.
 #pragma once
 
-#include "PitchTracker.h"
+#include "NodeRequests.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,15 +12,10 @@
 
 namespace vocato::app {
 
-struct ConversionSettings {
-    std::optional<int32_t> preset;
-    std::optional<int32_t> program;
-    std::optional<float> transpose;
-    std::optional<float> bendRange;
+struct ConversionSettings : NodeRequests {
     int8_t channel = 1;
     bool median = false;
     bool confirm = false;
-    TrackerKind tracker = kDefaultTrackerKind;
 };
 
 struct ConversionReport {

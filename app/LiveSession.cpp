@@ -91,18 +91,7 @@ void LiveSession::ConnectMidiPort(std::string& report) {
 
 void LiveSession::ApplySettings() {
     // Nothing runs the node yet: this thread may act as its thread.
-    const int64_t now = node_.Clock().NowMicros();
-    if (settings_.preset) {
-        node_.SetParameterValue(PARAM_PRESET, now, &*settings_.preset, 4);
-    }
-    if (settings_.transpose) {
-        node_.SetParameterValue(PARAM_TRANSPOSE, now, &*settings_.transpose, 4);
-    }
-    if (settings_.program) {
-        node_.SetParameterValue(PARAM_PROGRAM, now, &*settings_.program, 4);
-    }
-    node_.RunEvents();
-    node_.Maintain();
+    ApplyNodeRequests(node_, settings_);
     // A sound file never starts the node, so the ports learn the program and bend range here.
     node_.SendProgramChange(1, static_cast<short>(node_.Program()), node_.MidiClock());
     node_.SendBendRange(1, static_cast<unsigned char>(TruncToward0<int32_t>(node_.BendRange())),
