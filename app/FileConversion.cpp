@@ -1,7 +1,6 @@
 #include "FileConversion.h"
 
 #include "MidiRecording.h"
-#include "NodeParameters.h"
 #include "VocatoNode.h"
 
 #include "Diagnostics.h"

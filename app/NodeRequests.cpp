@@ -4,7 +4,6 @@
 #include "Presets.h"
 #include "VocatoNode.h"
 
-#include <map>
 #include <string>
 
 namespace vocato::app {
@@ -18,12 +17,12 @@ void AddNodeRequestOptions(CLI::App& command, NodeRequests& requests) {
         ->check(CLI::Range(-48.0f, 48.0f));
     command.add_option("--bend-range", requests.bendRange, "Pitch-bend range in semitones")
         ->check(CLI::Range(1.0f, 35.0f));
-    const std::map<std::string, TrackerKind> kinds = {{"classic", TrackerKind::Classic},
-                                                      {"precise", TrackerKind::Precise}};
     command
-        .add_option("--tracker", requests.tracker,
-                    "Pitch tracker: precise (default; more notes, found sooner) or classic")
-        ->transform(CLI::CheckedTransformer(kinds, CLI::ignore_case))
+        .add_option_function<std::string>(
+            "--tracker",
+            [&requests](const std::string& text) { ParseTrackerKind(text, requests.tracker); },
+            "Pitch tracker: precise (more notes, found sooner) or classic")
+        ->transform(CLI::IsMember({"classic", "precise"}, CLI::ignore_case))
         ->default_str(std::string(TrackerName(requests.tracker)));
 }
 

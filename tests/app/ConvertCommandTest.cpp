@@ -112,6 +112,23 @@ TEST(ConvertCommand, TheToneInTheFirstChannelAtAnyRateOrLayoutIsOneA4ClosedAtThe
     }
 }
 
+TEST(ConvertCommand, TheTrackerOptionChoosesWhichTrackerDecides) {
+    TempDir dir;
+    const std::string in = dir.File("melody.wav");
+    WriteSoundFile(in, vocato::test::RenderMelody({{60, 0.3, 0.5}, {60, 0.52, 0.8}, {67, 0.9, 1.3}}, 71, 44100),
+                   44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    auto convert = [&](const std::string& tracker) {
+        const std::string out = dir.File(tracker + ".mid");
+        const std::string option = tracker.empty() ? "" : " --tracker " + tracker;
+        EXPECT_EQ(Vocato("convert " + in + " -o " + out + option + " --quiet", dir).status, 0);
+        return Slurp(out);
+    };
+    const std::string classic = convert("classic");
+    ASSERT_FALSE(classic.empty());
+    EXPECT_NE(classic, convert("Precise")) << "both names lead to the same tracker";
+    EXPECT_EQ(convert(""), convert("precise")) << "precise is the default";
+}
+
 TEST(ConvertCommand, BadInputOutputOrOptionsGetAFailureStatusAndLeaveNoFileBehind) {
     TempDir dir;
     const std::string empty = dir.File("empty.wav");
@@ -145,5 +162,6 @@ TEST(ConvertCommand, BadInputOutputOrOptionsGetAFailureStatusAndLeaveNoFileBehin
     EXPECT_EQ(Slurp(kept), "earlier");
     EXPECT_NE(Vocato("convert " + tone + " -o " + out + " --preset 21", dir).status, 0);
     EXPECT_NE(Vocato("convert " + tone, dir).status, 0) << "no output named";
+    EXPECT_NE(Vocato("convert " + tone + " -o " + out + " --tracker fast", dir).status, 0);
     EXPECT_FALSE(std::filesystem::exists(out));
 }
