@@ -57,7 +57,7 @@ TrackerFactory TrackerFactoryFor(TrackerKind kind) {
     case TrackerKind::Classic:
         return [] { return MakeClassicTracker(); };
     case TrackerKind::Precise:
-        break;
+        return [] { return MakePreciseTracker(); };
     }
     return {};
 }

@@ -41,8 +41,8 @@ private:
     std::atomic<PitchTracker*> retired_[2 * kSpares] = {};
 };
 
-// The single place where a tracker kind becomes a way to build trackers. An empty factory
-// means the kind is not part of this build.
+// The single place where a tracker kind becomes a way to build trackers; empty for a value
+// outside the enumeration.
 TrackerFactory TrackerFactoryFor(TrackerKind kind);
 
 } // namespace vocato

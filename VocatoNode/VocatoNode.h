@@ -42,7 +42,7 @@ struct NodeOptions {
     bool internalSynth = true;
     std::vector<std::string> soundFonts = media::SoundFontProbeList();
     double synthRate = 44100.0;
-    TrackerFactory trackerFactory = TrackerFactoryFor(TrackerKind::Classic);
+    TrackerFactory trackerFactory = TrackerFactoryFor(kDefaultTrackerKind);
     // The engine's median and confirm switches; no parameter or preset changes them.
     int16_t median = 0;
     int16_t confirm = 0;

@@ -1,7 +1,6 @@
 #include "ConvertCommand.h"
 
 #include "Diagnostics.h"
-#include "Presets.h"
 
 #include <chrono>
 #include <cstdio>
@@ -45,15 +44,7 @@ CLI::App* AddConvertCommand(CLI::App& app, ConvertOptions& o) {
         "convert", "Convert a sound file to a Standard MIDI File through the converter node");
     cmd->add_option("IN", o.input, "Sound file to convert (WAV, FLAC, Ogg, AIFF, ...)")->required();
     cmd->add_option("-o,--output", o.output, "MIDI file to write")->required();
-    cmd->add_option("--preset", o.settings.preset,
-                    "Input preset, 1 (Default) to 20 (Alto recorder)")
-        ->check(CLI::Range(1, kPresetCount));
-    cmd->add_option("--program", o.settings.program, "General MIDI program, 0 to 127")
-        ->check(CLI::Range(0, 127));
-    cmd->add_option("--transpose", o.settings.transpose, "Semitones added to every note")
-        ->check(CLI::Range(-48.0f, 48.0f));
-    cmd->add_option("--bend-range", o.settings.bendRange, "Pitch-bend range in semitones")
-        ->check(CLI::Range(1.0f, 35.0f));
+    AddNodeRequestOptions(*cmd, o.settings);
     cmd->add_option("--channel", o.settings.channel, "MIDI channel, 1 to 16")
         ->check(CLI::Range(1, 16));
     cmd->add_flag("--median", o.settings.median, "Decide on the median of the last three pitches");

@@ -1,7 +1,6 @@
 #include "FileConversion.h"
 
 #include "MidiRecording.h"
-#include "NodeParameters.h"
 #include "VocatoNode.h"
 
 #include "Diagnostics.h"
@@ -32,26 +31,6 @@ ConversionReport Failure(std::string message) {
 // 16-sample frame, its short tail included.
 constexpr size_t kInitialEvents = 1 << 16;
 constexpr size_t kEventsPerBuffer = 4 * (kBufferFrames / 16 + 1);
-
-void ApplySettings(VocatoNode& node, const media::Clock& clock,
-                   const ConversionSettings& settings) {
-    const int64_t now = clock.NowMicros();
-    // The preset goes first: it rewrites the bend range.
-    if (settings.preset) {
-        node.SetParameterValue(PARAM_PRESET, now, &*settings.preset, 4);
-    }
-    if (settings.bendRange) {
-        node.SetParameterValue(PARAM_BEND_RANGE, now, &*settings.bendRange, 4);
-    }
-    if (settings.transpose) {
-        node.SetParameterValue(PARAM_TRANSPOSE, now, &*settings.transpose, 4);
-    }
-    if (settings.program) {
-        node.SetParameterValue(PARAM_PROGRAM, now, &*settings.program, 4);
-    }
-    node.RunEvents();
-    node.Maintain();
-}
 
 size_t CountNotes(const media::MidiStore& store) {
     size_t notes = 0;
@@ -116,6 +95,7 @@ ConversionReport Convert(const std::string& input, const std::string& output,
     options.internalSynth = false;
     options.median = settings.median ? 1 : 0;
     options.confirm = settings.confirm ? 1 : 0;
+    options.trackerFactory = TrackerFactoryFor(settings.tracker);
     media::DisplaySink window;
     VocatoNode node(&window, nullptr, "", settings.channel, std::move(options));
     node.NodeRegistered();
@@ -127,7 +107,7 @@ ConversionReport Convert(const std::string& input, const std::string& output,
         return Failure(input + ": the sample rate of " + rate +
                        " Hz is outside what the pitch engine accepts (4001 to 199999 Hz)");
     }
-    ApplySettings(node, clock, settings);
+    ApplyNodeRequests(node, settings);
     node.Start(0);
     if (!ConnectMidiStore(node, window, kInitialEvents)) {
         return Failure(input + ": not enough memory to record its MIDI");

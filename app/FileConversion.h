@@ -2,6 +2,8 @@
 // window records and exported as a Standard MIDI File.
 #pragma once
 
+#include "NodeRequests.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -10,11 +12,7 @@
 
 namespace vocato::app {
 
-struct ConversionSettings {
-    std::optional<int32_t> preset;
-    std::optional<int32_t> program;
-    std::optional<float> transpose;
-    std::optional<float> bendRange;
+struct ConversionSettings : NodeRequests {
     int8_t channel = 1;
     bool median = false;
     bool confirm = false;

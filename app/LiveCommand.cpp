@@ -1,6 +1,5 @@
 #include "LiveCommand.h"
 
-#include "Presets.h"
 
 #include "Diagnostics.h"
 
@@ -31,12 +30,7 @@ CLI::App* AddLiveCommand(CLI::App& app, LiveOptions& o) {
     CLI::App* cmd = app.add_subcommand(
         "live", "Live input (or a sound file in real time) to the MIDI ports and the synthesizer");
     LiveSettings& s = o.settings;
-    cmd->add_option("--preset", s.preset, "Input preset, 1 (Default) to 20 (Alto recorder)")
-        ->check(CLI::Range(1, kPresetCount));
-    cmd->add_option("--program", s.program, "General MIDI program, 0 to 127")
-        ->check(CLI::Range(0, 127));
-    cmd->add_option("--transpose", s.transpose, "Semitones added to every note")
-        ->check(CLI::Range(-48.0f, 48.0f));
+    AddNodeRequestOptions(*cmd, s);
     cmd->add_flag("--no-synth", o.noSynth, "Do not play the internal synthesizer");
     cmd->add_option("--midi-port", s.midiPort,
                     "Connect the MIDI output to this JACK port or ALSA sequencer port");

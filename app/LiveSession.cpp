@@ -13,9 +13,10 @@
 namespace vocato::app {
 namespace {
 
-NodeOptions NodeOptionsFor(media::Alert& alert) {
+NodeOptions NodeOptionsFor(media::Alert& alert, TrackerKind tracker) {
     NodeOptions options;
     options.alert = &alert;
+    options.trackerFactory = TrackerFactoryFor(tracker);
     // The live audio system owns the synthesizer: it must play on the thread that renders it.
     options.internalSynth = false;
     return options;
@@ -26,7 +27,7 @@ NodeOptions NodeOptionsFor(media::Alert& alert) {
 LiveSession::LiveSession(LiveSettings settings, media::Alert& alert)
     : settings_(std::move(settings)),
       alert_(alert),
-      node_(&window_, nullptr, "Vocato", settings_.channel, NodeOptionsFor(alert)),
+      node_(&window_, nullptr, "Vocato", settings_.channel, NodeOptionsFor(alert, settings_.tracker)),
       router_(node_),
       audio_(router_, [this] {
           LiveAudioOptions options = settings_.audio;
@@ -90,18 +91,7 @@ void LiveSession::ConnectMidiPort(std::string& report) {
 
 void LiveSession::ApplySettings() {
     // Nothing runs the node yet: this thread may act as its thread.
-    const int64_t now = node_.Clock().NowMicros();
-    if (settings_.preset) {
-        node_.SetParameterValue(PARAM_PRESET, now, &*settings_.preset, 4);
-    }
-    if (settings_.transpose) {
-        node_.SetParameterValue(PARAM_TRANSPOSE, now, &*settings_.transpose, 4);
-    }
-    if (settings_.program) {
-        node_.SetParameterValue(PARAM_PROGRAM, now, &*settings_.program, 4);
-    }
-    node_.RunEvents();
-    node_.Maintain();
+    ApplyNodeRequests(node_, settings_);
     // A sound file never starts the node, so the ports learn the program and bend range here.
     node_.SendProgramChange(1, static_cast<short>(node_.Program()), node_.MidiClock());
     node_.SendBendRange(1, static_cast<unsigned char>(TruncToward0<int32_t>(node_.BendRange())),

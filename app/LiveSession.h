@@ -7,6 +7,7 @@
 #include "LiveAudio.h"
 #include "LiveInput.h"
 #include "LiveMidiRouter.h"
+#include "NodeRequests.h"
 #include "NotePrinter.h"
 #include "ProducerConnector.h"
 
@@ -22,11 +23,8 @@
 
 namespace vocato::app {
 
-struct LiveSettings {
+struct LiveSettings : NodeRequests {
     LiveAudioOptions audio;
-    std::optional<int32_t> preset;
-    std::optional<int32_t> program;
-    std::optional<float> transpose;
     int8_t channel = 1;
     std::string midiPort; // the stored "MidiPortName"; empty: connect to nothing
     std::string file;     // played instead of the live input when set

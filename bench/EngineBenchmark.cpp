@@ -1,15 +1,16 @@
-// Cost of the engine per second of 44.1 kHz audio, and its worst single frame, on the inputs
-// that stress it differently: a harmonic tone (few extrema, one good match), pink noise
-// (many extrema, many candidates), one-bit dither and digital silence (the analysis keeps
-// searching the stale ring).
+// Cost of each tracker per second of 44.1 kHz audio, and its worst single frame, on inputs
+// that stress them differently: a harmonic tone (few extrema, one good match), pink noise
+// (many extrema, many candidates), one-bit dither and digital silence (the classic analysis
+// keeps searching the stale ring).
 //
 //   build/bench/engine_bench --benchmark_counters_tabular=true
-#include "WFET.h"
+#include "PitchTracker.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cmath>
 #include <ctime>
+#include <memory>
 #include <numbers>
 #include <random>
 #include <vector>
@@ -75,7 +76,7 @@ double ThreadMicroseconds() {
 }
 
 // Voice settings, as a preset feeds them.
-void Configure(WFETState* s) {
+void Configure(vocato::PitchTracker& t) {
     const std::pair<int16_t, double> steps[] = {
         {WFET_SAMPLE_RATE, 44100}, {WFET_FILTER_SPAN, 1},      {WFET_MAX_NOTE, 72},
         {WFET_MIN_NOTE, 36},       {WFET_BEND_RANGE, 4},       {WFET_START_LEVEL_DB, -24},
@@ -83,27 +84,27 @@ void Configure(WFETState* s) {
         {WFET_LAG_WEIGHT, 0.1},    {WFET_START_PERIODS, 2},    {WFET_HOLD_PERIODS, 2},
         {WFET_CONTINUITY, 0.1},    {WFET_LEVEL_CEIL_DB, -6},   {WFET_LEVEL_MODE, 2}};
     for (auto [code, value] : steps) {
-        WFETSet(s, code, value);
+        t.Set(code, value);
     }
 }
 
-template <std::vector<int16_t> (*Make)()> void BM_OneSecond(benchmark::State& state) {
-    const std::vector<int16_t> audio = Make();
-    WFETState* s = WFETBegProcess();
-    Configure(s);
-    // Prime the ring so the silence case measures a search over stale extrema, as it happens
-    // when a singer stops.
-    const std::vector<int16_t> tone = HarmonicTone();
-    WFETMidiOut out{};
-    for (size_t i = 0; i + 16 <= tone.size(); i += 16) {
-        WFETProcess(s, tone.data() + i, 32);
-        WFETCalc(s, &out);
+void RunSecond(vocato::PitchTracker& t, const std::vector<int16_t>& audio, WFETMidiOut& out) {
+    for (size_t i = 0; i + 16 <= audio.size(); i += 16) {
+        t.Process(audio.data() + i, 32);
+        t.Calc(&out);
     }
+}
+
+template <std::unique_ptr<vocato::PitchTracker> (*MakeTracker)(), std::vector<int16_t> (*Make)()>
+void BM_OneSecond(benchmark::State& state) {
+    const std::vector<int16_t> audio = Make();
+    std::unique_ptr<vocato::PitchTracker> tracker = MakeTracker();
+    Configure(*tracker);
+    // Prime with a tone so the silence case measures what happens when a singer stops.
+    WFETMidiOut out{};
+    RunSecond(*tracker, HarmonicTone(), out);
     for (auto _ : state) {
-        for (size_t i = 0; i + 16 <= audio.size(); i += 16) {
-            WFETProcess(s, audio.data() + i, 32);
-            WFETCalc(s, &out);
-        }
+        RunSecond(*tracker, audio, out);
         benchmark::DoNotOptimize(out);
     }
     // One more second, timed frame by frame outside the measured loop: reading the thread
@@ -111,20 +112,23 @@ template <std::vector<int16_t> (*Make)()> void BM_OneSecond(benchmark::State& st
     double worst = 0;
     for (size_t i = 0; i + 16 <= audio.size(); i += 16) {
         const double start = ThreadMicroseconds();
-        WFETProcess(s, audio.data() + i, 32);
-        WFETCalc(s, &out);
+        tracker->Process(audio.data() + i, 32);
+        tracker->Calc(&out);
         worst = std::max(worst, ThreadMicroseconds() - start);
     }
     state.counters["worst_frame_us"] = worst;
     state.counters["x_realtime"] = benchmark::Counter(
         static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
-    WFETEndProcess(s);
 }
 
-BENCHMARK(BM_OneSecond<HarmonicTone>)->Name("harmonic_tone")->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_OneSecond<PinkNoise>)->Name("pink_noise_-30dBFS")->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_OneSecond<Dither>)->Name("one_bit_dither")->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_OneSecond<Silence>)->Name("digital_silence")->Unit(benchmark::kMillisecond);
+#define VOCATO_TRACKER_BENCHMARKS(name, make)                                                      \
+    BENCHMARK(BM_OneSecond<make, HarmonicTone>)->Name(name "/harmonic_tone")->Unit(benchmark::kMillisecond); \
+    BENCHMARK(BM_OneSecond<make, PinkNoise>)->Name(name "/pink_noise_-30dBFS")->Unit(benchmark::kMillisecond); \
+    BENCHMARK(BM_OneSecond<make, Dither>)->Name(name "/one_bit_dither")->Unit(benchmark::kMillisecond); \
+    BENCHMARK(BM_OneSecond<make, Silence>)->Name(name "/digital_silence")->Unit(benchmark::kMillisecond)
+
+VOCATO_TRACKER_BENCHMARKS("classic", vocato::MakeClassicTracker);
+VOCATO_TRACKER_BENCHMARKS("precise", vocato::MakePreciseTracker);
 
 } // namespace
 

@@ -8,9 +8,9 @@
 #include <cstdint>
 #include <limits>
 
-namespace vocato::engine_detail {
+namespace vocato {
 
-template <typename Int> constexpr Int TruncSaturate(double v) noexcept {
+template <typename Int> constexpr Int TruncToward0(double v) noexcept {
     constexpr double lo = static_cast<double>(std::numeric_limits<Int>::min());
     constexpr double hi = static_cast<double>(std::numeric_limits<Int>::max());
     if (std::isnan(v)) {
@@ -35,4 +35,4 @@ template <typename Int> constexpr Int ClampToInt(int64_t v) noexcept {
     return static_cast<Int>(v);
 }
 
-} // namespace vocato::engine_detail
+} // namespace vocato

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <new>
 
-using vocato::engine_detail::TruncSaturate;
+using vocato::TruncToward0;
 
 namespace {
 
@@ -92,7 +92,7 @@ TiaRBiquadFloat* TiaRBiquadFloat_Begin() {
 int32_t TiaRBiquadFloat_Set(TiaRBiquadFloat* f, int16_t code, double v) {
     switch (code) {
     case TIARBQ_RATE:
-        f->sampleRate = TruncSaturate<int32_t>(v);
+        f->sampleRate = TruncToward0<int32_t>(v);
         f->omega = f->frequency * kTwoPi / f->sampleRate;
         break;
     case TIARBQ_FREQ:
@@ -133,7 +133,7 @@ int32_t TiaRBiquadFloat_Set(TiaRBiquadFloat* f, int16_t code, double v) {
         f->gain = std::pow(10.0, v / 40);
         break;
     case TIARBQ_TYPE:
-        f->type = TruncSaturate<int16_t>(v);
+        f->type = TruncToward0<int16_t>(v);
         break;
     default:
         return TIARBQ_UNKNOWN_CODE;

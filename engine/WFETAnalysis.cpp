@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <limits>
 
-using vocato::engine_detail::ClampToInt;
+using vocato::ClampToInt;
 
 namespace {
 

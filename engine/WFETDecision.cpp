@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-using vocato::engine_detail::TruncSaturate;
+using vocato::TruncToward0;
 
 namespace {
 
@@ -34,7 +34,7 @@ int16_t LevelValue(const WFETState* s) {
     const double db = 20 * std::log10(s->inputLevel * 3.0517578125e-05); // relative to 32768
     const double level =
         127 * (1 - (s->levelCeilDb - db) / (s->levelCeilDb - s->levelFloorDb));
-    return static_cast<int16_t>(std::clamp(TruncSaturate<int32_t>(level), 0, 127));
+    return static_cast<int16_t>(std::clamp(TruncToward0<int32_t>(level), 0, 127));
 }
 
 void StartNote(WFETState* s, WFETMidiOut* out, int16_t nearest, int16_t level) {
@@ -60,8 +60,8 @@ void StartNote(WFETState* s, WFETMidiOut* out, int16_t nearest, int16_t level) {
     s->noteVelocity = out->velocity;
     // While the note sounds the period search stays within the bend range of the period that
     // started it: a wider jump must come from a fresh start, not from a drift of the search.
-    s->maxPeriod[1] = TruncSaturate<int32_t>(std::pow(2.0, s->bendRange / 12.0) * s->period);
-    s->minPeriod[1] = TruncSaturate<int32_t>(std::pow(2.0, -s->bendRange / 12.0) * s->period);
+    s->maxPeriod[1] = TruncToward0<int32_t>(std::pow(2.0, s->bendRange / 12.0) * s->period);
+    s->minPeriod[1] = TruncToward0<int32_t>(std::pow(2.0, -s->bendRange / 12.0) * s->period);
 }
 
 void ContinueNote(WFETState* s, WFETMidiOut* out, int16_t level) {
@@ -119,7 +119,7 @@ void WFETMIDI(WFETState* s, WFETMidiOut* out) {
     // range, so a re-trigger may leave the configured note range; the filters still attenuate
     // what lies outside it.
     const double pitch = 69 + 12 * std::log(s->decisionFreq / s->refPitch) / std::log(2.0);
-    int32_t nearest = TruncSaturate<int32_t>(pitch + 0.5);
+    int32_t nearest = TruncToward0<int32_t>(pitch + 0.5);
     if (nearest < 0) {
         nearest = -nearest;
     }
@@ -143,6 +143,6 @@ void WFETMIDI(WFETState* s, WFETMidiOut* out) {
         deviation = pitch - s->note;
     }
     out->bend = static_cast<int16_t>(
-        std::clamp(TruncSaturate<int32_t>(deviation * 8191 / s->bendRange + 8192), 0, 16383));
+        std::clamp(TruncToward0<int32_t>(deviation * 8191 / s->bendRange + 8192), 0, 16383));
     ClampOutputs(out);
 }

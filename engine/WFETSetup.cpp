@@ -6,7 +6,7 @@
 #include <cmath>
 #include <new>
 
-using vocato::engine_detail::TruncSaturate;
+using vocato::TruncToward0;
 
 namespace {
 
@@ -19,7 +19,7 @@ int32_t SetMinFreq(WFETState* s, double v) {
         return WFET_REJECTED;
     }
     s->minFreq = v;
-    s->maxPeriod[0] = s->maxPeriod[1] = TruncSaturate<int32_t>(s->sampleRate / v);
+    s->maxPeriod[0] = s->maxPeriod[1] = TruncToward0<int32_t>(s->sampleRate / v);
     TiaRBiquadFloat_Set(s->highPass, TIARBQ_FREQ, v * s->filterSpan);
     return WFET_ACCEPTED;
 }
@@ -29,7 +29,7 @@ int32_t SetMaxFreq(WFETState* s, double v) {
         return WFET_REJECTED;
     }
     s->maxFreq = v;
-    s->minPeriod[0] = s->minPeriod[1] = TruncSaturate<int32_t>(s->sampleRate / v);
+    s->minPeriod[0] = s->minPeriod[1] = TruncToward0<int32_t>(s->sampleRate / v);
     TiaRBiquadFloat_Set(s->lowPass, TIARBQ_FREQ, v * s->filterSpan);
     return WFET_ACCEPTED;
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "NodeParameters.h"
+#include "PitchTracker.h"
 
 #include <array>
 #include <cstddef>
@@ -83,7 +84,8 @@ inline constexpr std::array<ControlPort, kControlCount> kControlPorts = {{
     {kLevelCeilDb, "level_ceiling", PortTarget::FloatParameter, PARAM_LEVEL_CEIL_DB, -60, 0, -6},
     {kMedian, "median", PortTarget::EngineSwitch, 0, 0, 1, 0},
     {kConfirm, "confirm", PortTarget::EngineSwitch, 0, 0, 1, 0},
-    {kTracker, "tracker", PortTarget::Tracker, 0, 0, 1, 0},
+    {kTracker, "tracker", PortTarget::Tracker, 0, 0, 1,
+     static_cast<float>(static_cast<int32_t>(kDefaultTrackerKind))},
 }};
 
 constexpr const ControlPort& ControlPortAt(PortIndex index) noexcept {

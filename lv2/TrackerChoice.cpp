@@ -1,15 +1,11 @@
 #include "TrackerChoice.h"
 
-#include "TrackerStock.h"
-
 #include <cmath>
 
 namespace vocato::lv2 {
 
 TrackerKind TrackerKindForPort(float value) {
-    const TrackerKind wanted =
-        std::lround(value) == 1 ? TrackerKind::Precise : TrackerKind::Classic;
-    return TrackerFactoryFor(wanted) ? wanted : TrackerKind::Classic;
+    return std::lround(value) == 1 ? TrackerKind::Precise : TrackerKind::Classic;
 }
 
 } // namespace vocato::lv2

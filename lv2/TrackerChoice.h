@@ -5,8 +5,7 @@
 
 namespace vocato::lv2 {
 
-// The kind the port asks for (0 classic, 1 precise), or classic when this build has no
-// tracker of that kind (TrackerFactoryFor gives none).
+// The kind the port asks for: 1 precise, anything else classic.
 TrackerKind TrackerKindForPort(float value);
 
 } // namespace vocato::lv2

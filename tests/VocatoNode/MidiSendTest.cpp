@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <tuple>
 
@@ -12,110 +13,85 @@ namespace midi = vocato::media::midi;
 using vocato::media::MidiMessage;
 using vocato::test::NodeRig;
 
-TEST(MidiSend, BendSplitsIntoTwo7BitBytesAndTheDisplayGetsTheWholeValue) {
+TEST(MidiSend, BendIsTwo7BitBytesBendRangeIsParameterZeroAndTheDisplayFollowsBothAndNotes) {
     NodeRig rig;
     for (const auto& [bend, lsb, msb] : {std::tuple{8192, 0, 64}, {16383, 127, 127}, {0, 0, 0}}) {
-        rig.sink.sent.clear();
+        rig.sink.Clear();
         rig.node->SendBend(1, static_cast<unsigned short>(bend), 0.0);
-        EXPECT_EQ(rig.sink.Messages().at(0),
+        EXPECT_EQ(rig.sink.sent.at(0),
                   midi::PitchBend(1, static_cast<uint8_t>(lsb), static_cast<uint8_t>(msb)));
         EXPECT_EQ(rig.window.displayBend.load(), static_cast<float>(bend));
     }
-}
-
-TEST(MidiSend, BendRangeIsRegisteredParameterZeroWithA7BitValue) {
-    NodeRig rig;
-    rig.sink.sent.clear();
+    rig.sink.Clear();
     rig.node->SendBendRange(1, 12, 0.0);
-    EXPECT_EQ(
-        rig.sink.Messages(),
-        (std::vector<MidiMessage>{midi::ControlChange(1, 101, 0), midi::ControlChange(1, 100, 0),
-                                  midi::ControlChange(1, 6, 12), midi::ControlChange(1, 38, 0)}));
+    EXPECT_EQ(rig.sink.sent, (std::vector<MidiMessage>{
+                                 midi::ControlChange(1, 101, 0), midi::ControlChange(1, 100, 0),
+                                 midi::ControlChange(1, 6, 12), midi::ControlChange(1, 38, 0)}));
     EXPECT_EQ(rig.window.bendRange.load(), 12.0f);
-    rig.sink.sent.clear();
+    rig.sink.Clear();
     rig.node->SendBendRange(1, 200, 0.0);
-    EXPECT_EQ(rig.sink.Messages().at(2), midi::ControlChange(1, 6, 72));
+    EXPECT_EQ(rig.sink.sent.at(2), midi::ControlChange(1, 6, 72));
     EXPECT_EQ(rig.window.bendRange.load(), 200.0f);
+
+    rig.node->SendNoteOn(1, 60, 100, 0.0);
+    EXPECT_EQ(rig.window.displayNote.load(), 60.0f);
+    rig.node->SendNoteOff(1, 72, 0, 0.0); // clears the display whatever note it ends
+    EXPECT_EQ(rig.window.displayNote.load(), 0.0f);
+    EXPECT_EQ(rig.window.displayVelocity.load(), 0.0f);
 }
 
 TEST(MidiSend, AProgramChangeSilencesEveryNoteThenSendsTheLow8Bits) {
     NodeRig rig;
-    rig.sink.sent.clear();
+    rig.sink.Clear();
     rig.node->SendProgramChange(1, 300, 0.0);
-    const auto sent = rig.sink.Messages();
+    const auto& sent = rig.sink.sent;
     ASSERT_EQ(sent.size(), 16u * (1 + 128) + 1);
     EXPECT_EQ(sent.front(), midi::ControlChange(1, 123, 0));
     EXPECT_EQ(sent[1], midi::NoteOff(1, 0, 0));
     EXPECT_EQ(sent.back(), midi::ProgramChange(1, 44));
 }
 
-TEST(MidiSend, ANoteOffClearsTheDisplayedNoteWhateverNoteItEnds) {
-    NodeRig rig;
-    rig.node->SendNoteOn(1, 60, 100, 0.0);
-    EXPECT_EQ(rig.window.displayNote.load(), 60.0f);
-    rig.node->SendNoteOff(1, 72, 0, 0.0);
-    EXPECT_EQ(rig.window.displayNote.load(), 0.0f);
-    EXPECT_EQ(rig.window.displayVelocity.load(), 0.0f);
-}
-
-TEST(MidiSend, TheRecordingStampIsTheTimeSinceTheBaseAndTheSynthGetsTheCallersStamp) {
-    NodeRig rig;
-    rig.Connect();
-    rig.node->Start(0);
-    // Make the MIDI clock read 1000 ms when the recording starts.
-    rig.clock.Set(7'000'000);
-    rig.Feed(std::vector<int16_t>(0));
+TEST(MidiSend, TheRecordingOpensWithTheNodesSettingsThenStampsTimeSinceTheMidiClockBase) {
+    NodeRig rig({.channel = 3});
+    rig.Set(vocato::PARAM_PROGRAM, 300);
+    rig.Set(vocato::PARAM_BEND_RANGE, 12.9f);
+    rig.ConnectAndStart();
+    rig.clock.Set(7'000'000); // the MIDI clock reads 1000 ms when the recording starts
+    rig.Feed({});
     ASSERT_EQ(rig.node->MidiClock(), 1000.0);
     ASSERT_TRUE(vocato::ConnectMidiStore(*rig.node, rig.window, 64));
-    rig.sink.sent.clear();
-    rig.node->SendExpression(1, 90, 3500.7);
-    rig.node->SendNoteOn(1, 60, 99, 1200.0);
-    rig.node->SendBend(1, 9000, 1300.0);
-    rig.node->SendNoteOff(1, 60, 0, 1400.0);
-    EXPECT_EQ(rig.sink.sent.at(0).stamp, 3500u);
+    rig.node->SetMidiStoreBaseTime(1); // the base is the MIDI clock, not the argument
+    EXPECT_EQ(rig.node->RecordingStampNow(), 0u);
+    rig.sink.Clear();
+    rig.node->SendExpression(3, 90, 3500.7);
+    rig.node->SendNoteOn(3, 60, 99, 1200.0);
+    rig.node->SendBend(3, 9000, 1300.0);
+    rig.node->SendNoteOff(3, 60, 0, 1400.0);
+    EXPECT_EQ(rig.sink.stamps.at(0), 3500u) << "the synthesizer gets the caller's stamp";
     const auto* store = rig.window.recording.Kept();
-    ASSERT_EQ(store->CountEvents(), vocato::kOpeningEvents + 4);
-    const auto& e = store->EventAt(vocato::kOpeningEvents);
-    EXPECT_EQ(e.stampMs, 2500u);
-    EXPECT_EQ(e.message, midi::ControlChange(1, 11, 90));
-    EXPECT_EQ(store->EventAt(vocato::kOpeningEvents + 1).stampMs, 200u);
-    EXPECT_EQ(store->EventAt(vocato::kOpeningEvents + 2).stampMs, 300u);
-    EXPECT_EQ(store->EventAt(vocato::kOpeningEvents + 3).stampMs, 400u);
+    std::vector<MidiMessage> messages;
+    std::vector<uint32_t> stamps;
+    for (size_t i = 0; i < store->CountEvents(); ++i) {
+        messages.push_back(store->EventAt(i).message);
+        stamps.push_back(store->EventAt(i).stampMs);
+    }
+    EXPECT_EQ(messages,
+              (std::vector<MidiMessage>{
+                  midi::ProgramChange(3, 44), midi::ControlChange(3, 101, 0),
+                  midi::ControlChange(3, 100, 0), midi::ControlChange(3, 6, 12),
+                  midi::ControlChange(3, 38, 0), midi::ControlChange(3, 11, 127),
+                  midi::ControlChange(3, 11, 90), midi::NoteOn(3, 60, 99),
+                  midi::PitchBend(3, 9000 & 0x7F, 9000 >> 7), midi::NoteOff(3, 60, 0)}));
+    EXPECT_EQ(stamps, (std::vector<uint32_t>{0, 0, 0, 0, 0, 0, 2500, 200, 300, 400}));
 
     rig.window.recording.SetRecording(false);
-    rig.node->SendNoteOn(1, 62, 99, 1500.0);
+    rig.node->SendNoteOn(3, 62, 99, 1500.0);
     EXPECT_EQ(store->CountEvents(), vocato::kOpeningEvents + 4);
 }
 
-TEST(MidiSend, TheRecordingOpensWithProgramBendRangeAndFullExpressionOnTheNodesChannel) {
-    NodeRig rig(true, 3);
-    rig.SetInt(vocato::PARAM_PROGRAM, 300);
-    rig.SetFloat(vocato::PARAM_BEND_RANGE, 12.9f);
-    ASSERT_TRUE(vocato::ConnectMidiStore(*rig.node, rig.window, 64));
-    const auto* store = rig.window.recording.Kept();
-    std::vector<MidiMessage> opening;
-    for (size_t i = 0; i < store->CountEvents(); ++i) {
-        EXPECT_EQ(store->EventAt(i).stampMs, 0u);
-        opening.push_back(store->EventAt(i).message);
-    }
-    EXPECT_EQ(opening, (std::vector<MidiMessage>{
-                           midi::ProgramChange(3, 44), midi::ControlChange(3, 101, 0),
-                           midi::ControlChange(3, 100, 0), midi::ControlChange(3, 6, 12),
-                           midi::ControlChange(3, 38, 0), midi::ControlChange(3, 11, 127)}));
-}
-
-TEST(MidiSend, TheStoreBaseIsTheMidiClockNotTheArgument) {
-    NodeRig rig;
-    rig.Connect();
-    rig.node->Start(0);
-    rig.Feed(std::vector<int16_t>(16));
-    rig.node->SetMidiStoreBaseTime(12345);
-    EXPECT_EQ(rig.node->RecordingStampNow(), 0u);
-}
-
 TEST(MidiSend, WithoutAWindowNothingIsRecordedOrShownButTheSynthStillPlays) {
-    NodeRig rig(false);
-    rig.sink.sent.clear();
+    NodeRig rig({.window = false});
+    rig.sink.Clear();
     rig.node->SendNoteOn(1, 60, 99, 0.0);
     rig.node->SendBendRange(1, 4, 0.0);
     EXPECT_EQ(rig.sink.sent.size(), 5u);
@@ -123,37 +99,16 @@ TEST(MidiSend, WithoutAWindowNothingIsRecordedOrShownButTheSynthStillPlays) {
     EXPECT_EQ(rig.window.bendRange.load(), 0.0f);
 }
 
-namespace {
-
-struct RecordedAlert final : vocato::media::Alert {
-    void Show(std::string_view title, std::string_view text) override {
-        shown.emplace_back(std::string(title) + " / " + std::string(text));
-    }
-    std::vector<std::string> shown;
-};
-
-} // namespace
-
-TEST(CheckSynthFile, ASoundFontThatFailsToLoadIsReportedAndLeavesASilentSynthesizer) {
+TEST(CheckSynthFile, OnlyASoundFontThatFailsToLoadIsReportedAndItLeavesASilentSynthesizer) {
+    struct RecordedAlert final : vocato::media::Alert {
+        void Show(std::string_view title, std::string_view text) override {
+            shown.emplace_back(std::string(title) + " / " + std::string(text));
+        }
+        std::vector<std::string> shown;
+    } alert;
     vocato::test::TempDir dir;
     const std::string bogus = dir.File("bogus.sf2");
     std::ofstream(bogus) << "not a SoundFont";
-    RecordedAlert alert;
-    vocato::NodeOptions options;
-    options.alert = &alert;
-    options.soundFonts = {dir.File("missing.sf2"), bogus};
-    vocato::VocatoNode node(nullptr, nullptr, "", 1, options);
-    EXPECT_EQ(alert.shown,
-              (std::vector<std::string>{"Synthfile Error / No synthfile for synthesizer"}));
-    ASSERT_NE(node.Synth(), nullptr);
-    EXPECT_FALSE(node.Synth()->Enabled());
-}
-
-TEST(CheckSynthFile, ThePreferenceOffOrNoSoundFontMeansNoSynthesizerAndNoReport) {
-    vocato::test::TempDir dir;
-    const std::string bogus = dir.File("bogus.sf2");
-    std::ofstream(bogus) << "not a SoundFont";
-    RecordedAlert alert;
     vocato::NodeOptions off;
     off.alert = &alert;
     off.internalSynth = false;
@@ -164,4 +119,15 @@ TEST(CheckSynthFile, ThePreferenceOffOrNoSoundFontMeansNoSynthesizerAndNoReport)
     none.soundFonts = {dir.File("missing.sf2")};
     EXPECT_EQ(vocato::VocatoNode(nullptr, nullptr, "", 1, none).Synth(), nullptr);
     EXPECT_TRUE(alert.shown.empty());
+
+    none.soundFonts.push_back(bogus);
+    vocato::VocatoNode node(nullptr, nullptr, "", 1, none);
+    EXPECT_EQ(alert.shown,
+              (std::vector<std::string>{"Synthfile Error / No synthfile for synthesizer"}));
+    ASSERT_NE(node.Synth(), nullptr);
+    EXPECT_FALSE(node.Synth()->Enabled());
+    node.Synth()->Send(midi::NoteOn(1, 60, 127), 0);
+    std::vector<float> left(1024), right(1024);
+    node.Synth()->Render(left.data(), right.data(), 1024);
+    EXPECT_EQ(std::count(left.begin(), left.end(), 0.0f), 1024);
 }

@@ -1,9 +1,9 @@
 // The node thread never allocates: ten seconds of audio through the real engine, a preset
 // change and a parameter change, with every operator new counted.
 #include "Fixtures.h"
+#include "NodeRig.h"
 
 #include "MidiRecording.h"
-#include "VocatoNode.h"
 
 #include <gtest/gtest.h>
 
@@ -42,30 +42,18 @@ void operator delete(void* p, size_t) noexcept {
 
 TEST(NodeThread, TenSecondsOfAudioAndAPresetChangeAllocateNothing) {
     using namespace vocato;
-    media::ManualClock clock(6'000'000);
-    media::DisplaySink window;
-    NodeOptions options;
-    options.clock = &clock;
-    options.internalSynth = false;
-    VocatoNode node(&window, nullptr, "", 1, std::move(options));
-    node.NodeRegistered();
-    int32_t cookie = 0;
-    media::MediaInput input;
-    node.GetNextInput(&cookie, &input);
-    media::MediaFormat format;
-    format.type = media::MediaType::RawAudio;
-    format.raw.frameRate = 44100;
-    format.raw.channelCount = 2;
-    node.Connected({1, 1}, input.destination, format, &input);
-    node.Start(0);
-    ASSERT_TRUE(ConnectMidiStore(node, window, 1 << 16));
+    test::NodeRig rig({.scripted = false});
+    rig.sink.sent.reserve(1 << 16); // the capturing sink must not allocate either
+    rig.sink.stamps.reserve(1 << 16);
+    rig.ConnectAndStart(2);
+    ASSERT_TRUE(ConnectMidiStore(*rig.node, rig.window, 1 << 16));
 
     // A tone that comes and goes, so notes, bends and expression are all sent and recorded.
     const std::vector<float> tone = test::Sine(330.0, 44100, 0.5, 0.5);
     std::vector<int16_t> stereo(2 * 512);
     const int32_t preset = 3;
     const float transpose = 2.0f;
-    node.SetParameterValue(PARAM_PRESET, clock.NowMicros(), &preset, 4);
+    rig.node->SetParameterValue(PARAM_PRESET, rig.clock.NowMicros(), &preset, 4);
 
     counting.store(true);
     for (size_t buffer = 0; buffer < 10 * 44100 / 512; ++buffer) {
@@ -75,20 +63,16 @@ TEST(NodeThread, TenSecondsOfAudioAndAPresetChangeAllocateNothing) {
             stereo[2 * i] = stereo[2 * i + 1] = static_cast<int16_t>(std::lrint(v * 32767.0f));
         }
         if (buffer == 400) {
-            node.SetParameterValue(PARAM_TRANSPOSE, clock.NowMicros(), &transpose, 4);
+            rig.node->SetParameterValue(PARAM_TRANSPOSE, rig.clock.NowMicros(), &transpose, 4);
         }
         media::Buffer b;
         b.data = stereo.data();
         b.sizeUsed = stereo.size() * 2;
-        node.BufferReceived(b);
+        rig.node->BufferReceived(b);
     }
     counting.store(false);
 
     EXPECT_EQ(allocations.load(), 0u);
-    int64_t when = 0;
-    int32_t applied = 0;
-    size_t size = 4;
-    node.GetParameterValue(PARAM_PRESET, &when, &applied, &size);
-    EXPECT_EQ(applied, 3);
-    EXPECT_GT(window.recording.Kept()->CountEvents(), kOpeningEvents + 20);
+    EXPECT_EQ(rig.Get<int32_t>(PARAM_PRESET), 3);
+    EXPECT_GT(rig.window.recording.Kept()->CountEvents(), kOpeningEvents + 20);
 }

@@ -1,16 +1,13 @@
-// A node on a manual clock with a scripted tracker, capturing every MIDI message it sends.
-//
-// The scripted tracker stands in for the engine where a test must pin the node's own logic
-// to exact engine decisions (thresholds, order, transposition) that real audio cannot steer
-// to the unit; it also logs the configuration the node feeds it. The closed-loop tests use
-// the real engine.
+// A node on a manual clock, capturing every MIDI message it sends. By default a scripted
+// tracker stands in for the engine: it pins the node's own logic to exact engine decisions that
+// real audio cannot steer to the unit, and logs the configuration the node feeds it.
 #pragma once
 
 #include "VocatoNode.h"
 
 #include "MidiSink.h"
 
-#include <cstring>
+#include <algorithm>
 #include <deque>
 #include <memory>
 #include <utility>
@@ -23,7 +20,6 @@ struct TrackerScript {
     std::vector<uint32_t> processedBytes;         // every Process call
     std::vector<int16_t> firstSamples;            // the first sample of every Process call
     std::deque<WFETMidiOut> outputs;              // decisions to give, one per Calc
-    WFETMidiOut idle{-1, -1, 0, 0, 127};          // once `outputs` is empty: nothing to send
     int created = 0;
     int destroyed = 0;
     const void* lastConfigured = nullptr; // the tracker that received the latest Set
@@ -47,12 +43,10 @@ public:
         script_->firstSamples.push_back(byteCount >= 2 ? samples[0] : 0);
     }
     void Calc(WFETMidiOut* out) noexcept override {
-        if (script_->outputs.empty()) {
-            *out = script_->idle;
-            return;
+        *out = script_->outputs.empty() ? WFETMidiOut{-1, -1, 0, 0, 127} : script_->outputs.front();
+        if (!script_->outputs.empty()) {
+            script_->outputs.pop_front();
         }
-        *out = script_->outputs.front();
-        script_->outputs.pop_front();
     }
     uint32_t DecisionDelaySamples() const noexcept override { return 0; }
 
@@ -60,89 +54,88 @@ private:
     std::shared_ptr<TrackerScript> script_;
 };
 
-class CapturingSink final : public media::MidiSink {
-public:
-    struct Sent {
-        media::MidiMessage message;
-        uint32_t stamp;
-    };
+struct CapturingSink final : media::MidiSink {
     void Send(const media::MidiMessage& message, uint32_t stamp) noexcept override {
-        sent.push_back({message, stamp});
+        sent.push_back(message);
+        stamps.push_back(stamp);
     }
-    std::vector<media::MidiMessage> Messages() const {
-        std::vector<media::MidiMessage> out;
-        for (const Sent& s : sent) {
-            out.push_back(s.message);
-        }
-        return out;
+    void Clear() {
+        sent.clear();
+        stamps.clear();
     }
-    std::vector<Sent> sent;
+    std::vector<media::MidiMessage> sent;
+    std::vector<uint32_t> stamps;
+};
+
+inline media::MediaInput ConnectAudio(VocatoNode& node, uint32_t channels, double rate) {
+    int32_t cookie = 0;
+    media::MediaInput input;
+    node.GetNextInput(&cookie, &input);
+    media::MediaFormat format;
+    format.type = media::MediaType::RawAudio;
+    format.raw.channelCount = channels;
+    format.raw.frameRate = rate;
+    format.raw.bufferSize = 4096;
+    node.Connected({1, 1}, input.destination, format, &input);
+    return input;
+}
+
+struct RigSetup {
+    int8_t channel = 1;
+    bool window = true;
+    bool scripted = true; // false: the real engine
+    bool synth = false;
+    int16_t median = 0;
+    int16_t confirm = 0;
 };
 
 struct NodeRig {
-    explicit NodeRig(bool withWindow = true, int8_t channel = 1) {
+    explicit NodeRig(RigSetup setup = {}) {
         NodeOptions options;
         options.clock = &clock;
-        options.internalSynth = false;
-        options.trackerFactory = [s = script] { return std::make_unique<ScriptedTracker>(s); };
-        node = std::make_unique<VocatoNode>(withWindow ? &window : nullptr, nullptr, "", channel,
-                                            std::move(options));
+        options.internalSynth = setup.synth;
+        options.median = setup.median;
+        options.confirm = setup.confirm;
+        if (setup.scripted) {
+            options.trackerFactory = [s = script] { return std::make_unique<ScriptedTracker>(s); };
+        }
+        node = std::make_unique<VocatoNode>(setup.window ? &window : nullptr, nullptr, "",
+                                            setup.channel, std::move(options));
         node->AddMidiOutput(&sink);
         node->NodeRegistered();
     }
 
     media::MediaInput Connect(uint32_t channels = 1, double rate = 44100.0) {
-        int32_t cookie = 0;
-        media::MediaInput input;
-        node->GetNextInput(&cookie, &input);
-        media::MediaFormat format;
-        format.type = media::MediaType::RawAudio;
-        format.raw.channelCount = channels;
-        format.raw.frameRate = rate;
-        format.raw.bufferSize = 4096;
-        node->Connected({1, 1}, input.destination, format, &input);
-        return input;
+        return ConnectAudio(*node, channels, rate);
     }
-
-    void SetFloat(int32_t id, float v) {
+    void ConnectAndStart(uint32_t channels = 1, double rate = 44100.0) {
+        Connect(channels, rate);
+        node->Start(0);
+    }
+    // Program and preset take int32_t, every other parameter float.
+    template <typename T> void Set(int32_t id, T v) {
         node->SetParameterValue(id, clock.NowMicros(), &v, 4);
         node->RunEvents();
     }
-    void SetInt(int32_t id, int32_t v) {
-        node->SetParameterValue(id, clock.NowMicros(), &v, 4);
-        node->RunEvents();
-    }
-    float GetFloat(int32_t id) const {
+    template <typename T = float> T Get(int32_t id) const {
         int64_t when = 0;
-        float v = 0;
+        T v{};
         size_t size = 4;
         node->GetParameterValue(id, &when, &v, &size);
         return v;
     }
-    int32_t GetInt(int32_t id) const {
-        int64_t when = 0;
-        int32_t v = 0;
-        size_t size = 4;
-        node->GetParameterValue(id, &when, &v, &size);
-        return v;
-    }
-    int64_t LastChange(int32_t id) const {
+    int64_t When(int32_t id) const {
         int64_t when = 0;
         int32_t v = 0;
         size_t size = 4;
         node->GetParameterValue(id, &when, &v, &size);
         return when;
     }
-
-    void Feed(std::vector<int16_t> samples, size_t bytes) {
+    void Feed(std::vector<int16_t> samples, size_t bytes = ~size_t{0}) {
         media::Buffer buffer;
         buffer.data = samples.data();
-        buffer.sizeUsed = bytes;
+        buffer.sizeUsed = std::min(bytes, samples.size() * 2);
         node->BufferReceived(buffer);
-    }
-    void Feed(std::vector<int16_t> samples) {
-        const size_t bytes = samples.size() * 2;
-        Feed(std::move(samples), bytes);
     }
 
     media::ManualClock clock{10'000'000};
@@ -151,10 +144,5 @@ struct NodeRig {
     CapturingSink sink;
     std::unique_ptr<VocatoNode> node;
 };
-
-inline WFETMidiOut Decision(int16_t off, int16_t on, int16_t velocity, int16_t bend,
-                            int16_t expression) {
-    return {off, on, velocity, bend, expression};
-}
 
 } // namespace vocato::test

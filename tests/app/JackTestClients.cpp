@@ -10,8 +10,7 @@ namespace vocato::test {
 namespace {
 
 jack_client_t* OpenClient(const std::string& name) {
-    jack_status_t status{};
-    return jack_client_open(name.c_str(), JackNoStartServer, &status);
+    return jack_client_open(name.c_str(), JackNoStartServer, nullptr);
 }
 
 } // namespace
@@ -33,8 +32,6 @@ PlayerClient::~PlayerClient() {
     }
 }
 
-std::string PlayerClient::Port() const { return jack_port_name(out_); }
-
 bool PlayerClient::ConnectTo(const std::string& port) {
     return jack_connect(client_, jack_port_name(out_), port.c_str()) == 0;
 }
@@ -52,9 +49,7 @@ int PlayerClient::Process(jack_nframes_t frames, void* arg) {
     const size_t n = std::min<size_t>(frames, self->signal_.size() - self->position_);
     std::copy_n(self->signal_.begin() + static_cast<std::ptrdiff_t>(self->position_), n, out);
     self->position_ += n;
-    if (self->position_ >= self->signal_.size()) {
-        self->done_.store(true);
-    }
+    self->done_.store(self->position_ >= self->signal_.size());
     return 0;
 }
 
@@ -76,39 +71,31 @@ RecorderClient::~RecorderClient() {
     }
 }
 
-std::string RecorderClient::MidiPort() const { return jack_port_name(midiIn_); }
-std::string RecorderClient::AudioPort() const { return jack_port_name(audioIn_); }
-
 bool RecorderClient::Connect(const std::string& from, const std::string& to) {
     return jack_connect(client_, from.c_str(), to.c_str()) == 0;
 }
 
 std::vector<RecordedEvent> RecorderClient::Events() const {
-    const size_t n = eventCount_.load();
-    return {events_.begin(), events_.begin() + static_cast<std::ptrdiff_t>(n)};
+    return {events_.begin(), events_.begin() + static_cast<std::ptrdiff_t>(eventCount_.load())};
 }
 
 std::vector<float> RecorderClient::Audio() const {
-    const size_t n = audioCount_.load();
-    return {audio_.begin(), audio_.begin() + static_cast<std::ptrdiff_t>(n)};
+    return {audio_.begin(), audio_.begin() + static_cast<std::ptrdiff_t>(audioCount_.load())};
 }
 
 int RecorderClient::Process(jack_nframes_t frames, void* arg) {
     auto* self = static_cast<RecorderClient*>(arg);
     const int64_t now = jack_last_frame_time(self->client_);
     void* midi = jack_port_get_buffer(self->midiIn_, frames);
-    const uint32_t count = jack_midi_get_event_count(midi);
     size_t stored = self->eventCount_.load();
-    for (uint32_t i = 0; i < count && stored < self->events_.size(); ++i) {
-        jack_midi_event_t event;
-        if (jack_midi_event_get(&event, midi, i) != 0) {
-            continue;
+    jack_midi_event_t event;
+    for (uint32_t i = 0; i < jack_midi_get_event_count(midi) && stored < self->events_.size();
+         ++i) {
+        if (jack_midi_event_get(&event, midi, i) == 0) {
+            RecordedEvent& r = self->events_[stored++];
+            r = {now + event.time, event.time, {}, std::min<uint32_t>(event.size, 3)};
+            std::copy_n(event.buffer, r.size, r.bytes);
         }
-        RecordedEvent& r = self->events_[stored++];
-        r.frame = now + event.time;
-        r.offset = event.time;
-        r.size = static_cast<uint32_t>(std::min<size_t>(event.size, 3));
-        std::copy_n(event.buffer, r.size, r.bytes);
     }
     self->eventCount_.store(stored);
     if (self->audioStart_.load() < 0) {
@@ -122,8 +109,7 @@ int RecorderClient::Process(jack_nframes_t frames, void* arg) {
     return 0;
 }
 
-bool WaitFor(const std::function<bool()>& done, double seconds,
-             const std::function<void()>& tick) {
+bool WaitFor(const std::function<bool()>& done, double seconds, const std::function<void()>& tick) {
     const auto deadline = std::chrono::steady_clock::now() +
                           std::chrono::microseconds(static_cast<int64_t>(seconds * 1e6));
     while (!done()) {

@@ -17,7 +17,6 @@ public:
     PlayerClient(const std::string& name, std::vector<float> signal);
     ~PlayerClient();
     bool Ok() const { return client_ != nullptr; }
-    std::string Port() const;
     bool ConnectTo(const std::string& port);
     // The signal starts at the next cycle.
     void Play() { playing_.store(true); }
@@ -48,8 +47,8 @@ public:
     RecorderClient(const std::string& name, size_t audioFrames);
     ~RecorderClient();
     bool Ok() const { return client_ != nullptr; }
-    std::string MidiPort() const;
-    std::string AudioPort() const;
+    std::string MidiPort() const { return jack_port_name(midiIn_); }
+    std::string AudioPort() const { return jack_port_name(audioIn_); }
     bool Connect(const std::string& from, const std::string& to);
     std::vector<RecordedEvent> Events() const;
     // Audio recorded from the first cycle on; the absolute frame of its first sample.

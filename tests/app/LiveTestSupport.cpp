@@ -1,9 +1,9 @@
 #include "LiveTestSupport.h"
 
-#include "Fixtures.h"
-
 #include "MidiSink.h"
 #include "VocatoNode.h"
+
+#include <sndfile.h>
 
 #include <algorithm>
 #include <cmath>
@@ -29,27 +29,14 @@ private:
 } // namespace
 
 const std::vector<float>& Melody() {
-    static const std::vector<float> melody = [] {
-        auto m = RenderMelody({{60, 0.10, 0.60}, {64, 0.80, 1.30}, {69, 1.50, 2.30}}, 73,
-                              44100.0, 0.4);
-        // A singer close to the microphone: peaks at -3 dBFS.
-        float peak = 0.0f;
-        for (float x : m) {
-            peak = std::max(peak, std::abs(x));
-        }
-        for (float& x : m) {
-            x *= 0.708f / peak;
-        }
-        return m;
-    }();
+    static const std::vector<float> melody =
+        RenderMelody({{60, 0.10, 0.60}, {64, 0.80, 1.30}, {69, 1.50, 2.30}}, 73, 44100.0, 0.4);
     return melody;
 }
 
 std::vector<Decision> OfflineNoteOns(const std::vector<float>& signal, uint32_t period) {
-    NodeOptions options;
-    options.internalSynth = false;
     media::DisplaySink window;
-    VocatoNode node(&window, nullptr, "", 1, options);
+    VocatoNode node(&window, nullptr, "", 1, WithoutSynth());
     NoteOnCollector collector(node);
     node.AddMidiOutput(&collector);
     node.NodeRegistered();
@@ -75,6 +62,12 @@ std::vector<Decision> OfflineNoteOns(const std::vector<float>& signal, uint32_t 
         node.BufferReceived(buffer);
     }
     return collector.decisions;
+}
+
+std::string WriteTone(const TempDir& dir, const std::string& name, double seconds) {
+    WriteSoundFile(dir.File(name), Sine(440.0, 44100.0, seconds), 44100, 1,
+                   SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    return dir.File(name);
 }
 
 app::LiveSettings JackOnlySettings(bool synth) {

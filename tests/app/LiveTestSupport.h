@@ -5,6 +5,7 @@
 #include "LiveSession.h"
 
 #include "Alert.h"
+#include "Fixtures.h"
 
 #include <memory>
 #include <string>
@@ -31,6 +32,15 @@ struct Decision {
 
 // The note-ons a fresh node decides for `signal` fed in buffers of `period` frames.
 std::vector<Decision> OfflineNoteOns(const std::vector<float>& signal, uint32_t period);
+
+inline NodeOptions WithoutSynth() {
+    NodeOptions options;
+    options.internalSynth = false;
+    return options;
+}
+
+// A 440 Hz sine as a 16-bit WAV file in `dir`; its path.
+std::string WriteTone(const TempDir& dir, const std::string& name, double seconds);
 
 // Settings for a session on the test's JACK server only (no ALSA fallback).
 app::LiveSettings JackOnlySettings(bool synth);

@@ -88,54 +88,26 @@ int posix_memalign(void** out, size_t alignment, size_t size) {
     return *out != nullptr ? 0 : 12;
 }
 
-int pthread_mutex_lock(pthread_mutex_t* m) {
-    Check("pthread_mutex_lock");
-    static auto real = Next<int (*)(pthread_mutex_t*)>("pthread_mutex_lock");
-    return real(m);
-}
+// Counted when called on a marked thread, then passed on to the real function.
+#define WATCHED(ret, name, params, args)                                                           \
+    ret name params {                                                                              \
+        Check(#name);                                                                              \
+        static auto real = Next<ret(*) params>(#name);                                             \
+        return real args;                                                                          \
+    }
 
-int pthread_rwlock_rdlock(pthread_rwlock_t* l) {
-    Check("pthread_rwlock_rdlock");
-    static auto real = Next<int (*)(pthread_rwlock_t*)>("pthread_rwlock_rdlock");
-    return real(l);
-}
-
-int pthread_rwlock_wrlock(pthread_rwlock_t* l) {
-    Check("pthread_rwlock_wrlock");
-    static auto real = Next<int (*)(pthread_rwlock_t*)>("pthread_rwlock_wrlock");
-    return real(l);
-}
-
-int sem_wait(sem_t* s) {
-    Check("sem_wait");
-    static auto real = Next<int (*)(sem_t*)>("sem_wait");
-    return real(s);
-}
-
-int nanosleep(const struct timespec* req, struct timespec* rem) {
-    Check("nanosleep");
-    static auto real = Next<int (*)(const struct timespec*, struct timespec*)>("nanosleep");
-    return real(req, rem);
-}
-
-int clock_nanosleep(clockid_t clock, int flags, const struct timespec* req, struct timespec* rem) {
-    Check("clock_nanosleep");
-    static auto real = Next<int (*)(clockid_t, int, const struct timespec*, struct timespec*)>(
-        "clock_nanosleep");
-    return real(clock, flags, req, rem);
-}
-
-ssize_t write(int fd, const void* data, size_t size) {
-    Check("write");
-    static auto real = Next<ssize_t (*)(int, const void*, size_t)>("write");
-    return real(fd, data, size);
-}
-
-int vfprintf(FILE* out, const char* format, va_list args) {
-    Check("vfprintf");
-    static auto real = Next<int (*)(FILE*, const char*, va_list)>("vfprintf");
-    return real(out, format, args);
-}
+WATCHED(int, pthread_mutex_lock, (pthread_mutex_t * m), (m))
+WATCHED(int, pthread_rwlock_rdlock, (pthread_rwlock_t * l), (l))
+WATCHED(int, pthread_rwlock_wrlock, (pthread_rwlock_t * l), (l))
+WATCHED(int, sem_wait, (sem_t * s), (s))
+WATCHED(int, nanosleep, (const struct timespec* req, struct timespec* rem), (req, rem))
+WATCHED(int, clock_nanosleep,
+        (clockid_t clock, int flags, const struct timespec* req, struct timespec* rem),
+        (clock, flags, req, rem))
+WATCHED(ssize_t, write, (int fd, const void* data, size_t size), (fd, data, size))
+WATCHED(int, vfprintf, (FILE * out, const char* format, va_list args), (out, format, args))
+WATCHED(size_t, fwrite, (const void* data, size_t size, size_t n, FILE* out), (data, size, n, out))
+WATCHED(int, puts, (const char* s), (s))
 
 int fprintf(FILE* out, const char* format, ...) {
     va_list args;
@@ -154,17 +126,5 @@ int printf(const char* format, ...) {
 }
 
 int vprintf(const char* format, va_list args) { return vfprintf(stdout, format, args); }
-
-size_t fwrite(const void* data, size_t size, size_t n, FILE* out) {
-    Check("fwrite");
-    static auto real = Next<size_t (*)(const void*, size_t, size_t, FILE*)>("fwrite");
-    return real(data, size, n, out);
-}
-
-int puts(const char* s) {
-    Check("puts");
-    static auto real = Next<int (*)(const char*)>("puts");
-    return real(s);
-}
 
 } // extern "C"

@@ -60,10 +60,11 @@ inline std::vector<int16_t> Render(const Tone& t, double rate = 44100) {
     double phase = 0;
     for (size_t i = 0; i < n; ++i) {
         const double progress = static_cast<double>(i) / static_cast<double>(n);
-        double f = t.glideTo > 0 ? t.frequency * std::pow(t.glideTo / t.frequency, progress)
-                                 : t.frequency;
-        f *= std::pow(2.0, t.vibratoCents / 1200 *
-                               std::sin(2 * std::numbers::pi * t.vibratoHz * i / rate));
+        const double glide =
+            t.glideTo > 0 ? std::pow(t.glideTo / t.frequency, progress) : 1.0;
+        const double f = t.frequency * glide *
+                         std::pow(2.0, t.vibratoCents / 1200 *
+                                           std::sin(2 * std::numbers::pi * t.vibratoHz * i / rate));
         phase += 2 * std::numbers::pi * f / rate;
         double v = 0;
         for (size_t h = 0; h < t.harmonics.size(); ++h) {

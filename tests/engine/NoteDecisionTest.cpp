@@ -33,23 +33,14 @@ protected:
     WFETMidiOut out{};
 };
 
-TEST_F(NoteDecision, TheReferencePitchIsNote69WithoutBend) {
-    Frame(440);
-    EXPECT_EQ(out.noteOn, 69);
-    EXPECT_EQ(out.noteOff, -1);
-    EXPECT_EQ(out.bend, 8192);
-    EXPECT_EQ(s->sounding, 1);
-}
-
-TEST_F(NoteDecision, TheNearestNoteRoundsHalfUp) {
-    for (auto [pitch, expected] : {std::pair{70.0, 70}, {69.5, 70}, {69.49, 69}}) {
+TEST_F(NoteDecision, ANoteStartsOnTheNearestNoteRoundingHalfUp) {
+    for (auto [pitch, expected] : {std::pair{69.0, 69}, {70.0, 70}, {69.5, 70}, {69.49, 69}}) {
         SetUp();
         Frame(PitchFrequency(pitch));
         EXPECT_EQ(out.noteOn, expected) << pitch;
+        EXPECT_EQ(s->sounding, 1);
     }
-    SetUp();
-    Frame(466.1638);
-    EXPECT_EQ(out.noteOn, 70);
+    EXPECT_EQ(out.bend, 10198); // 69.49 on 69: 0.49 x 8191 / 2 + 8192
 }
 
 TEST_F(NoteDecision, BendCoversTheRangeAndRetriggersOnlyBeyondIt) {
@@ -100,7 +91,13 @@ TEST_F(NoteDecision, TheLevelMapsLinearlyInDecibelsBetweenFloorAndCeiling) {
     }
 }
 
-TEST_F(NoteDecision, RelativeModeExpressesTheLevelAgainstTheAttack) {
+TEST_F(NoteDecision, EachLevelModeWritesVelocityAndExpressionAsItsTableSays) {
+    WFETSet(s.get(), WFET_LEVEL_MODE, WFET_LEVEL_VELOCITY);
+    Frame(440, kLevelAtMinus21Db);
+    EXPECT_EQ(out.velocity, 63);
+    EXPECT_EQ(out.expression, 127);
+
+    SetUp();
     WFETSet(s.get(), WFET_LEVEL_MODE, WFET_LEVEL_RELATIVE);
     Frame(440, kLevelAtMinus21Db);
     EXPECT_EQ(out.velocity, 63);
@@ -109,16 +106,9 @@ TEST_F(NoteDecision, RelativeModeExpressesTheLevelAgainstTheAttack) {
     const double levelFor64 = 32768 * std::pow(10.0, (-36 + 30 * 64.5 / 127) / 20);
     Frame(440, levelFor64);
     EXPECT_EQ(out.velocity, 64);
-    EXPECT_EQ(out.expression, 96);
-    s->noteVelocity = 10;
+    EXPECT_EQ(out.expression, 96); // 64 x 96 / 64
+    s->noteVelocity = 10;          // too soft an attack to be relative to
     Frame(440, levelFor64);
-    EXPECT_EQ(out.expression, 127);
-}
-
-TEST_F(NoteDecision, VelocityModeAndSilentModeWriteWhatTheirTableSays) {
-    WFETSet(s.get(), WFET_LEVEL_MODE, WFET_LEVEL_VELOCITY);
-    Frame(440, kLevelAtMinus21Db);
-    EXPECT_EQ(out.velocity, 63);
     EXPECT_EQ(out.expression, 127);
 
     SetUp();
@@ -147,26 +137,17 @@ TEST_F(NoteDecision, AnUnvoicedFrameEndsTheNoteAndLeavesTheOtherFieldsAlone) {
     EXPECT_EQ(out.noteOff, -1);
 }
 
-TEST_F(NoteDecision, StartingNeedsMoreLevelThanHolding) {
-    // Default thresholds: 500 to start, 50 to hold.
+TEST_F(NoteDecision, StartingNeedsMoreLevelAndACloserMatchThanHolding) {
+    // Defaults: level 500 and distance 0.2 to start, 50 and 0.5 to hold.
     Frame(440, 200);
-    EXPECT_EQ(out.noteOn, -1);
-    Frame(440, 600);
+    Frame(440, 10000, 0.3);
+    EXPECT_EQ(s->sounding, 0);
+    Frame(440, 600, 0.1);
     EXPECT_EQ(out.noteOn, 69);
-    Frame(440, 200);
+    Frame(440, 200, 0.3);
     EXPECT_EQ(out.noteOff, -1);
-    EXPECT_EQ(s->sounding, 1);
     Frame(440, 40);
     EXPECT_EQ(out.noteOff, 69);
-}
-
-TEST_F(NoteDecision, StartingNeedsACloserMatchThanHolding) {
-    Frame(440, 10000, 0.3); // above 0.2: no start
-    EXPECT_EQ(out.noteOn, -1);
-    Frame(440, 10000, 0.1);
-    EXPECT_EQ(out.noteOn, 69);
-    Frame(440, 10000, 0.3); // below 0.5: held
-    EXPECT_EQ(s->sounding, 1);
 }
 
 TEST_F(NoteDecision, ConfirmationDelaysTheStartByOneFrame) {

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <random>
 
@@ -13,38 +12,24 @@ namespace {
 using namespace enginetest;
 
 void ExpectInRange(const WFETMidiOut& out) {
-    ASSERT_GE(out.noteOff, -1);
-    ASSERT_GE(out.noteOn, -1);
-    ASSERT_GE(out.velocity, 0);
-    ASSERT_LE(out.velocity, 127);
-    ASSERT_GE(out.bend, 0);
-    ASSERT_LE(out.bend, 16383);
-    ASSERT_GE(out.expression, 0);
-    ASSERT_LE(out.expression, 127);
+    ASSERT_TRUE(out.noteOff >= -1 && out.noteOn >= -1);
+    ASSERT_TRUE(out.velocity >= 0 && out.velocity <= 127);
+    ASSERT_TRUE(out.bend >= 0 && out.bend <= 16383);
+    ASSERT_TRUE(out.expression >= 0 && out.expression <= 127);
 }
 
+// Special values, or uniform values at one of three scales.
 double HostileValue(std::mt19937& rng) {
-    constexpr double specials[] = {0.0,
-                                   -0.0,
-                                   1e-300,
-                                   -1e-300,
-                                   1e300,
-                                   -1e300,
-                                   std::numeric_limits<double>::infinity(),
-                                   -std::numeric_limits<double>::infinity(),
-                                   std::numeric_limits<double>::quiet_NaN(),
+    constexpr double inf = std::numeric_limits<double>::infinity();
+    constexpr double specials[] = {0.0,  -0.0, 1e-300, -1e-300, 1e300, -1e300,
+                                   inf, -inf, std::numeric_limits<double>::quiet_NaN(),
                                    std::numeric_limits<double>::denorm_min()};
-    std::uniform_int_distribution<int> pick(0, 3);
-    switch (pick(rng)) {
-    case 0:
+    const int pick = std::uniform_int_distribution<int>(0, 3)(rng);
+    if (pick == 0) {
         return specials[std::uniform_int_distribution<size_t>(0, std::size(specials) - 1)(rng)];
-    case 1:
-        return std::uniform_real_distribution<double>(-200, 200)(rng);
-    case 2:
-        return std::uniform_real_distribution<double>(-2, 2)(rng);
-    default:
-        return std::uniform_real_distribution<double>(-300000, 300000)(rng);
     }
+    const double scale = pick == 1 ? 2 : pick == 2 ? 200 : 300000;
+    return std::uniform_real_distribution<double>(-scale, scale)(rng);
 }
 
 TEST(Robustness, RandomSamplesAndParametersKeepEveryOutputInRange) {
@@ -76,34 +61,6 @@ TEST(Robustness, RandomSamplesAndParametersKeepEveryOutputInRange) {
             ASSERT_LT(s->head, static_cast<uint32_t>(kWFETRingSize));
         }
     }
-}
-
-TEST(Robustness, NotesAlwaysEndWithTheNoteThatStarted) {
-    std::mt19937 rng(99);
-    EnginePtr s = NewEngine();
-    ConfigureVoice(s.get());
-    WFETSet(s.get(), WFET_START_LEVEL_DB, -60);
-    WFETSet(s.get(), WFET_START_DISTANCE, 1.9);
-    std::vector<int16_t> signal;
-    for (int burst = 0; burst < 60; ++burst) {
-        const double note = std::uniform_real_distribution<double>(40, 70)(rng);
-        const auto tone = Render({.frequency = NoteFrequency(note), .seconds = 0.05 + 0.01 * (burst % 7),
-                                  .levelDb = -3.0 - burst % 30, .harmonics = {1, 0.7, 0.2}});
-        signal.insert(signal.end(), tone.begin(), tone.end());
-    }
-    signal.resize(signal.size() + 44100, 0);
-    int16_t sounding = -1;
-    for (const Event& e : RunEngine(s.get(), signal).events) {
-        if (e.noteOff >= 0) {
-            ASSERT_EQ(e.noteOff, sounding) << "frame " << e.frame;
-            sounding = -1;
-        }
-        if (e.noteOn >= 0) {
-            ASSERT_EQ(sounding, -1) << "a second note started over a sounding one";
-            sounding = e.noteOn;
-        }
-    }
-    EXPECT_EQ(sounding, -1) << "a note was left hanging after the silence";
 }
 
 } // namespace

@@ -122,26 +122,6 @@ TEST(SignalTracking, VibratoWithinTheBendRangeStaysOneNoteAndMovesTheBend) {
     EXPECT_GT(high, 8192 + 700);
 }
 
-TEST(SignalTracking, AGlideFollowsWithBendAndRestrikes) {
-    EnginePtr s = NewEngine();
-    ConfigureVoice(s.get());
-    const Trace t = RunEngine(s.get(), Render({.frequency = NoteFrequency(48), .seconds = 2.0,
-                                         .harmonics = {1.0, 0.3}, .glideTo = NoteFrequency(60)}));
-    std::vector<int16_t> ons;
-    for (const Event& e : t.events) {
-        if (e.noteOn >= 0) {
-            ons.push_back(e.noteOn);
-        }
-    }
-    ASSERT_GE(ons.size(), 2u);
-    EXPECT_NEAR(ons.front(), 48, 1);
-    EXPECT_TRUE(std::is_sorted(ons.begin(), ons.end()));
-    // Near the end the last note plus its bend (4 semitones of range) reaches the target.
-    const WFETMidiOut& last = t.outputs[t.outputs.size() - 20];
-    const double sounding = ons.back() + (last.bend - 8192) * 4.0 / 8191;
-    EXPECT_NEAR(sounding, 60, 0.5);
-}
-
 TEST(SignalTracking, WhiteNoiseBelowTheStartLevelStartsNothing) {
     EnginePtr s = NewEngine();
     ConfigureVoice(s.get());
@@ -167,14 +147,6 @@ TEST(SignalTracking, OutputIsIdenticalForEveryBufferSizeThatIsAMultipleOf16) {
         ASSERT_EQ(t.events, expected.events) << block;
         ASSERT_EQ(t.frequencies, expected.frequencies) << block;
     }
-}
-
-TEST(SignalTracking, AShortLastChunkStillRunsAFrame) {
-    // 1000 samples in blocks of 1000: 62 full chunks and one of 8 samples, 63 frames in all.
-    EnginePtr s = NewEngine();
-    ConfigureVoice(s.get());
-    const Trace t = RunEngine(s.get(), Render({.frequency = 441, .seconds = 1000.0 / 44100}), 1000);
-    EXPECT_EQ(t.outputs.size(), 63u);
 }
 
 } // namespace

@@ -1,8 +1,10 @@
-// A small LV2 host on lilv for the plugin's tests: loads the bundle from the build tree,
-// offers urid:map, runs the plugin in blocks and collects its MIDI with absolute frame times.
+// A small LV2 host on lilv for the plugin's tests: loads the bundle from the build tree, offers
+// urid:map (and worker:schedule when asked), runs the plugin in blocks and collects its MIDI
+// with frame times counted from the first sample it was given.
 #pragma once
 
 #include "PluginPorts.h"
+#include "VocatoNode.h"
 
 #include <lilv/lilv.h>
 #include <lv2/atom/atom.h>
@@ -10,89 +12,67 @@
 #include <lv2/worker/worker.h>
 
 #include <array>
-#include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace vocato::lv2::test {
 
 struct MidiEvent {
-    int64_t frame = 0; // from the first sample the plugin was given
+    int64_t frame = 0;
     std::vector<uint8_t> bytes;
     bool operator==(const MidiEvent&) const = default;
 };
 
-class UridMap {
-public:
-    UridMap();
-    LV2_URID Map(const char* uri);
-    const LV2_Feature* Feature() const { return &feature_; }
-
-private:
-    static LV2_URID MapCallback(LV2_URID_Map_Handle handle, const char* uri);
-    std::map<std::string, LV2_URID> ids_;
-    LV2_URID_Map map_{};
-    LV2_Feature feature_{};
+struct UridMap {
+    LV2_URID Map(const char* uri) { return ids.emplace(uri, ids.size() + 1).first->second; }
+    std::map<std::string, LV2_URID> ids;
+    LV2_URID_Map map{this, [](LV2_URID_Map_Handle self, const char* uri) {
+                         return static_cast<UridMap*>(self)->Map(uri);
+                     }};
+    LV2_Feature feature{LV2_URID__map, &map};
 };
 
 class TestHost {
 public:
-    TestHost();
+    // Instantiated() tells whether the plugin accepted; a worker's work is done after the run
+    // that asked for it, as a worker thread would between two cycles.
+    explicit TestHost(double rate = 44100, bool withUridMap = true, bool withWorker = false);
     ~TestHost();
     TestHost(const TestHost&) = delete;
     TestHost& operator=(const TestHost&) = delete;
 
-    const LilvPlugin* Plugin() const { return plugin_; }
+    bool Instantiated() const { return instance_ != nullptr; }
     LilvWorld* World() const { return world_; }
-
-    // Before Instantiate: offer a worker. The work a run asks for is done after that run,
-    // as a worker thread would between two cycles.
-    void EnableWorker() { workerEnabled_ = true; }
-    size_t WorkDone() const { return workDone_; }
-
-    // Null when the plugin refuses; `withUridMap` false leaves out the required feature.
-    bool Instantiate(double rate, bool withUridMap = true);
-    void Activate();
-    void Deactivate();
-
+    const LilvPlugin* Plugin() const { return plugin_; }
+    void Activate() { lilv_instance_activate(instance_); }
+    void Deactivate() { lilv_instance_deactivate(instance_); }
     void SetControl(PortIndex port, float value) { controls_[port] = value; }
     float Latency() const { return controls_[kLatency]; }
-    // Connects every port to the host's buffers; Instantiate does it once.
-    void ConnectAll();
 
-    // Runs the plugin over `samples` in blocks whose sizes cycle through `blockSizes`.
-    // Events are appended to Events().
-    void Run(const std::vector<float>& samples, const std::vector<uint32_t>& blockSizes);
-    // One run of `frames` frames of the given samples (at most the buffer's size).
-    void RunBlock(const float* samples, uint32_t frames);
-    // RunBlock in its steps: the plugin's run, the host reading the MIDI it wrote, and the
-    // work the run asked for.
+    // Runs over `samples` in blocks whose sizes cycle through `blockSizes`.
+    void Run(const std::vector<float>& samples, const std::vector<uint32_t>& blockSizes = {256});
+    // One run in its steps: the plugin's own, the host reading the MIDI, the work asked for.
     void RunPlugin(const float* samples, uint32_t frames);
-    void CollectMidi();
-    void DoScheduledWork();
-
+    void Collect();
+    void DoWork();
     const std::vector<MidiEvent>& Events() const { return events_; }
-    // The capacity in bytes offered to the MIDI output in each run.
-    void SetMidiCapacity(uint32_t bytes) { midiCapacity_ = bytes; }
+    size_t WorkDone() const { return workDone_; }
 
 private:
-    static LV2_Worker_Status ScheduleWork(LV2_Worker_Schedule_Handle handle, uint32_t size,
-                                          const void* data);
-    static constexpr uint32_t kMaxBlock = 8192;
-
     UridMap urids_;
+    LV2_Worker_Schedule schedule_{this, [](LV2_Worker_Schedule_Handle self, uint32_t, const void*) {
+                                      ++static_cast<TestHost*>(self)->workScheduled_;
+                                      return LV2_WORKER_SUCCESS;
+                                  }};
+    LV2_Feature scheduleFeature_{LV2_WORKER__schedule, &schedule_};
     LilvWorld* world_ = nullptr;
     const LilvPlugin* plugin_ = nullptr;
     LilvInstance* instance_ = nullptr;
     std::array<float, kPortCount> controls_{};
-    std::vector<float> audio_;
-    std::vector<uint64_t> midiBuffer_; // 64-bit words keep the sequence aligned
-    uint32_t midiCapacity_ = 32768;
-    LV2_URID midiEvent_ = 0;
-    bool workerEnabled_ = false;
-    LV2_Worker_Schedule schedule_{};
-    LV2_Feature scheduleFeature_{};
+    std::vector<float> audio_ = std::vector<float>(8192);
+    std::vector<uint64_t> midi_ = std::vector<uint64_t>(4097); // 64-bit words keep it aligned
     size_t workScheduled_ = 0;
     size_t workDone_ = 0;
     int64_t framesRun_ = 0;
@@ -100,7 +80,9 @@ private:
     std::vector<MidiEvent> events_;
 };
 
-// The bundle in the build tree.
 std::string BundleDir();
+
+// A node made as the plugin makes its own: without the internal synthesizer.
+std::unique_ptr<VocatoNode> MakeNode();
 
 } // namespace vocato::lv2::test

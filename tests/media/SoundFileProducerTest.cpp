@@ -10,7 +10,7 @@
 
 #include <atomic>
 #include <chrono>
-#include <cmath>
+#include <fstream>
 #include <thread>
 #include <vector>
 
@@ -20,8 +20,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 int64_t NowMicros() {
-    return std::chrono::duration_cast<std::chrono::microseconds>(
-               Clock::now().time_since_epoch())
+    return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now().time_since_epoch())
         .count();
 }
 
@@ -53,10 +52,7 @@ protected:
         for (size_t i = 0; i < ramp.size(); ++i) {
             ramp[i] = static_cast<int16_t>(i % 32768);
         }
-        SF_INFO info{};
-        info.samplerate = 44100;
-        info.channels = 1;
-        info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+        SF_INFO info{0, 44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 0, 0};
         SNDFILE* file = sf_open(dir.File("ramp.wav").c_str(), SFM_WRITE, &info);
         ASSERT_NE(file, nullptr);
         sf_write_short(file, ramp.data(), static_cast<sf_count_t>(ramp.size()));
@@ -71,6 +67,11 @@ protected:
         EXPECT_EQ(format.raw.channelCount, 1u);
         EXPECT_FALSE(producer.GetFreeOutput(&source)) << "its one output is taken";
     }
+    void WaitUntilFinished() {
+        while (!producer.Finished()) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    }
 
     static constexpr size_t kFrames = 22050; // half a second
     TempDir dir;
@@ -81,9 +82,7 @@ protected:
 TEST_F(FileProducer, DeliversTheWholeFileInOrderAtTheSpeedOfItsSampleRate) {
     const int64_t start = NowMicros() + 50'000;
     producer.Start(start);
-    while (!producer.Finished()) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
+    WaitUntilFinished();
     producer.Stop();
     ASSERT_EQ(collector.samples.size(), kFrames);
     for (size_t i = 0; i < kFrames; ++i) {
@@ -111,9 +110,7 @@ TEST_F(FileProducer, StopEndsDeliveryAtOnceAndSeekChoosesWhereTheNextStartBegins
     producer.Seek(250'000); // a quarter of a second: frame 11025
     EXPECT_EQ(producer.Position(), 11025);
     producer.Start(NowMicros());
-    while (!producer.Finished()) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
+    WaitUntilFinished();
     ASSERT_FALSE(collector.samples.empty());
     EXPECT_EQ(collector.samples.front(), 11025);
     EXPECT_EQ(collector.samples.size(), kFrames - 11025);
@@ -122,9 +119,7 @@ TEST_F(FileProducer, StopEndsDeliveryAtOnceAndSeekChoosesWhereTheNextStartBegins
 TEST(SoundFileProducerFiles, OnlyFilesAReaderAcceptsCanBeGiven) {
     TempDir dir;
     const std::string text = dir.File("text.wav");
-    std::FILE* f = std::fopen(text.c_str(), "w");
-    std::fputs("RIFF but not really\n", f);
-    std::fclose(f);
+    std::ofstream(text) << "RIFF but not really\n";
     EXPECT_FALSE(media::SoundFileProducer::CanRead(text));
     EXPECT_FALSE(media::SoundFileProducer::CanRead(dir.File("missing.wav")));
     media::SoundFileProducer producer;

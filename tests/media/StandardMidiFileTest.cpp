@@ -11,9 +11,9 @@
 #include <sys/resource.h>
 
 namespace midi = vocato::media::midi;
+using vocato::media::EncodeStandardMidiFile;
 using vocato::media::ExportStandardMidiFile;
 using vocato::media::MidiStore;
-using vocato::test::ReadMidiWithMido;
 using vocato::test::TempDir;
 
 namespace {
@@ -41,7 +41,7 @@ TEST(StandardMidiFile, EncodesFormat0WithOneTickPerMillisecondByteForByte) {
         0x07, 0xA1, 0x20, 0x00, 0xC0, 73, 0x64, 0xB0, 11,   90,   0x64, 0x90, 60,
         100,  0x81, 0x80, 0x00, 0x80, 60, 0,    0x00, 0xFF, 0x2F, 0x00,
     };
-    EXPECT_EQ(vocato::media::EncodeStandardMidiFile(store), expected);
+    EXPECT_EQ(EncodeStandardMidiFile(store), expected);
 }
 
 TEST(StandardMidiFile, AnIndependentReaderSeesTheSameBytesAtTheSameMilliseconds) {
@@ -52,19 +52,19 @@ TEST(StandardMidiFile, AnIndependentReaderSeesTheSameBytesAtTheSameMilliseconds)
     store.Add(531, midi::PitchBend(3, 0x00, 0x40));
     store.Add(531, midi::NoteOn(3, 71, 93));
     store.Add(1042, midi::NoteOff(3, 71, 0));
-    const std::string path = dir.File("out.mid");
-    ASSERT_TRUE(ExportStandardMidiFile(store, path).ok);
+    ASSERT_TRUE(ExportStandardMidiFile(store, dir.File("out.mid")).ok);
     const std::vector<std::string> expected = {
         "0 500",       "0 meta set_tempo 500000", "0 c234", "0 b2060c", "531 e20040", "531 92475d",
         "1042 824700", "1042 meta end_of_track",
     };
-    EXPECT_EQ(ReadMidiWithMido(path), expected);
+    EXPECT_EQ(vocato::test::ReadMidiWithMido(dir.File("out.mid")), expected);
 }
 
-TEST(StandardMidiFile, AFailedWriteLeavesThePreviousFileAndNoTemporaryFile) {
+TEST(StandardMidiFile, AFailedWriteLeavesThePreviousFileWhichALaterWriteReplacesWhole) {
     TempDir dir;
     const std::string path = dir.File("take.mid");
-    { std::ofstream(path) << "previous take"; }
+    const std::string previous(10000, 'x'); // longer than what replaces it
+    std::ofstream(path) << previous;
     MidiStore store(100000);
     for (uint32_t i = 0; i < 100000; ++i) {
         store.Add(i, midi::NoteOn(1, 60, 100));
@@ -79,10 +79,16 @@ TEST(StandardMidiFile, AFailedWriteLeavesThePreviousFileAndNoTemporaryFile) {
     const auto result = ExportStandardMidiFile(store, path);
     ::setrlimit(RLIMIT_FSIZE, &saved);
     std::signal(SIGXFSZ, previousHandler);
-
     EXPECT_FALSE(result.ok);
     EXPECT_NE(result.error.find("take.mid"), std::string::npos) << result.error;
-    EXPECT_EQ(Slurp(path), "previous take");
+    EXPECT_EQ(Slurp(path), previous);
+    EXPECT_EQ(FilesIn(dir.Path()), 1u);
+
+    MidiStore shorter(4);
+    shorter.Add(0, midi::NoteOn(1, 60, 1));
+    ASSERT_TRUE(ExportStandardMidiFile(shorter, path).ok);
+    const std::vector<uint8_t> bytes = EncodeStandardMidiFile(shorter);
+    EXPECT_EQ(Slurp(path), std::string(bytes.begin(), bytes.end()));
     EXPECT_EQ(FilesIn(dir.Path()), 1u);
 }
 
@@ -96,15 +102,4 @@ TEST(StandardMidiFile, AMissingDirectoryOrADirectoryAsTargetIsAClearError) {
     EXPECT_FALSE(isDir.ok);
     EXPECT_NE(isDir.error.find("directory"), std::string::npos) << isDir.error;
     EXPECT_EQ(FilesIn(dir.Path()), 0u);
-}
-
-TEST(StandardMidiFile, ReplacesAnExistingFileWhole) {
-    TempDir dir;
-    const std::string path = dir.File("take.mid");
-    { std::ofstream(path) << std::string(10000, 'x'); }
-    MidiStore store(4);
-    store.Add(0, midi::NoteOn(1, 60, 1));
-    ASSERT_TRUE(ExportStandardMidiFile(store, path).ok);
-    EXPECT_EQ(Slurp(path).size(), vocato::media::EncodeStandardMidiFile(store).size());
-    EXPECT_EQ(FilesIn(dir.Path()), 1u);
 }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <numeric>
 #include <thread>
 #include <vector>
 
@@ -17,23 +19,28 @@ TimedEvent At(int64_t time, int32_t id) {
     return e;
 }
 
+std::vector<int32_t> PopAllDue(TimedEventQueue& queue, int64_t now) {
+    std::vector<int32_t> ids;
+    TimedEvent e;
+    int64_t last = -1;
+    while (queue.PopDue(now, e)) {
+        EXPECT_GE(e.time, last);
+        last = e.time;
+        ids.push_back(e.id);
+    }
+    return ids;
+}
+
 } // namespace
 
 TEST(TimedEventQueue, DeliversDueEventsInTimeOrderAndEqualTimesInPostingOrder) {
     TimedEventQueue queue;
-    queue.Push(At(300, 1));
-    queue.Push(At(100, 2));
-    queue.Push(At(200, 3));
-    queue.Push(At(100, 4));
-    TimedEvent e;
-    std::vector<int32_t> ids;
-    while (queue.PopDue(250, e)) {
-        ids.push_back(e.id);
+    for (const auto& [time, id] : {std::pair{300, 1}, {100, 2}, {200, 3}, {100, 4}}) {
+        queue.Push(At(time, id));
     }
-    EXPECT_EQ(ids, (std::vector<int32_t>{2, 4, 3}));
-    ASSERT_TRUE(queue.PopDue(300, e));
-    EXPECT_EQ(e.id, 1);
-    EXPECT_FALSE(queue.PopDue(1'000'000, e));
+    EXPECT_EQ(PopAllDue(queue, 250), (std::vector<int32_t>{2, 4, 3}));
+    EXPECT_EQ(PopAllDue(queue, 300), std::vector<int32_t>{1});
+    EXPECT_EQ(PopAllDue(queue, 1'000'000), std::vector<int32_t>{});
 }
 
 TEST(TimedEventQueue, AFullQueueRefusesWithoutBlockingAndCountsTheDrop) {
@@ -61,21 +68,12 @@ TEST(TimedEventQueue, EventsPostedFromManyThreadsEachArriveOnce) {
             }
         });
     }
-    std::vector<int> seen(kThreads * kPerThread, 0);
-    int64_t lastTime = -1;
-    int received = 0;
-    TimedEvent e;
     for (auto& p : posters) {
         p.join();
     }
-    while (queue.PopDue(kPerThread, e)) {
-        ++seen[static_cast<size_t>(e.id)];
-        EXPECT_GE(e.time, lastTime);
-        lastTime = e.time;
-        ++received;
-    }
-    EXPECT_EQ(received, kThreads * kPerThread);
-    for (int count : seen) {
-        EXPECT_EQ(count, 1);
-    }
+    std::vector<int32_t> ids = PopAllDue(queue, kPerThread);
+    std::sort(ids.begin(), ids.end());
+    std::vector<int32_t> each(kThreads * kPerThread);
+    std::iota(each.begin(), each.end(), 0);
+    EXPECT_EQ(ids, each);
 }

@@ -1,5 +1,5 @@
-// Note events of the precise tracker: re-struck repeated notes, silence and noise, level
-// modes, independence from block sizes, and no allocation while processing.
+// Note events of the precise tracker: re-struck repeated notes, silence and noise, note ends,
+// level modes, independence from block sizes, and no allocation while processing.
 #include "PreciseTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -11,25 +11,24 @@
 namespace {
 std::atomic<bool> gCounting{false};
 std::atomic<long> gAllocations{0};
-} // namespace
 
-// Counts the allocations made while gCounting is set; GoogleTest itself allocates freely.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-void* operator new(std::size_t size) {
-    if (gCounting.load(std::memory_order_relaxed)) {
-        gAllocations.fetch_add(1, std::memory_order_relaxed);
-    }
-    if (void* p = std::malloc(size == 0 ? 1 : size)) {
-        return p;
-    }
-    throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+void* CountedMalloc(std::size_t size) noexcept {
     if (gCounting.load(std::memory_order_relaxed)) {
         gAllocations.fetch_add(1, std::memory_order_relaxed);
     }
     return std::malloc(size == 0 ? 1 : size);
 }
+} // namespace
+
+// Counts the allocations made while gCounting is set; GoogleTest itself allocates freely.
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+void* operator new(std::size_t size) {
+    if (void* p = CountedMalloc(size)) {
+        return p;
+    }
+    throw std::bad_alloc();
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return CountedMalloc(size); }
 void operator delete(void* p) noexcept { std::free(p); }
 void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
@@ -37,98 +36,78 @@ namespace {
 
 using namespace precisetest;
 
-std::vector<int16_t> PlayedNote(int note, double seconds, double attack = 0.01) {
-    return Envelope(Render({.frequency = NoteFrequency(note), .seconds = seconds, .harmonics = {1, 0.5, 0.3}}),
-                    attack, 0.01);
-}
-
-TEST(PreciseNoteEvents, RepeatedNotesWithShortGapsAreEachStruck) {
-    auto tracker = MakeTracker();
+TEST(PreciseNoteEvents, RepeatedNotesAreEachStruckAfterAGapOrOnALegatoAttack) {
     const std::vector<int16_t> gap = Silence(0.03);
-    const TrackRun run = Track(*tracker, Concat({PlayedNote(57, 0.2), gap, PlayedNote(57, 0.2), gap,
-                                            PlayedNote(57, 0.2), gap, PlayedNote(57, 0.2), gap}));
-    EXPECT_EQ(NoteNumbers(run), (std::vector<int>{57, 57, 57, 57}));
-}
-
-TEST(PreciseNoteEvents, LegatoRepeatedNotesAreStruckAgainOnTheirAttack) {
-    // No silence between the notes: each new note starts 18 dB below the old one's end and
-    // rises within 10 ms, with a new phase, as a re-articulated note does.
-    std::vector<int16_t> line;
+    const auto gapped = Concat({PlayedNote(57, 0.2), gap, PlayedNote(57, 0.2), gap, PlayedNote(57, 0.2),
+                                gap, PlayedNote(57, 0.2), gap});
+    EXPECT_EQ(Track(*MakeTracker(), gapped).NoteNumbers(), (std::vector<int>{57, 57, 57, 57}));
+    // No silence between: each note starts 18 dB below the old one's end and rises within 10 ms,
+    // with a new phase, as a re-articulated note does.
+    std::vector<int16_t> legato;
     for (int i = 0; i < 4; ++i) {
-        std::vector<int16_t> n = Render({.frequency = NoteFrequency(62), .seconds = 0.25, .harmonics = {1, 0.5, 0.3}});
+        std::vector<int16_t> n = Harmonic(62, 0.25);
         for (size_t k = 0; k < n.size(); ++k) {
             const double t = k / 44100.0;
-            const double g = t < 0.01 ? 0.125 + 0.875 * t / 0.01 : 1.0 - 0.6 * (t - 0.01) / 0.24;
-            n[k] = Saturate(n[k] * g);
+            const double gain = t < 0.01 ? 0.125 + 0.875 * t / 0.01 : 1.0 - 0.6 * (t - 0.01) / 0.24;
+            n[k] = Saturate(n[k] * gain);
         }
-        line.insert(line.end(), n.begin() + 37 * i, n.end());
+        legato.insert(legato.end(), n.begin() + 37 * i, n.end());
     }
-    auto tracker = MakeTracker();
-    EXPECT_EQ(NoteNumbers(Track(*tracker, line)), (std::vector<int>{62, 62, 62, 62}));
+    EXPECT_EQ(Track(*MakeTracker(), legato).NoteNumbers(), (std::vector<int>{62, 62, 62, 62}));
 }
 
-TEST(PreciseNoteEvents, SilenceAndNoiseBelowTheVoicingThresholdStartNothing) {
-    auto tracker = MakeTracker();
-    EXPECT_TRUE(Track(*tracker, Silence(1.0)).notes.empty());
+TEST(PreciseNoteEvents, SilenceNoiseAndAToneBelowTheStartLevelStartNothing) {
+    EXPECT_TRUE(Track(*MakeTracker(), Silence(1.0)).notes.empty());
     // Loud white noise is not periodic; quiet noise is also below the start level.
     for (double db : {-10.0, -20.0, -40.0}) {
-        auto t = MakeTracker();
-        EXPECT_TRUE(Track(*t, AddNoise(Silence(1.0), db, 11)).notes.empty()) << db << " dB";
+        EXPECT_TRUE(Track(*MakeTracker(), AddNoise(Silence(1.0), db, 11)).notes.empty()) << db << " dB";
     }
-    // A clean tone below the start level (-24 dB peak) starts nothing either.
-    auto quiet = MakeTracker();
-    EXPECT_TRUE(Track(*quiet, Render({.frequency = 220, .seconds = 0.5, .levelDb = -30})).notes.empty());
+    const auto quiet = Render({.frequency = 220, .seconds = 0.5, .levelDb = -30});
+    EXPECT_TRUE(Track(*MakeTracker(), quiet).notes.empty());
 }
 
-TEST(PreciseNoteEvents, NoteEndsSoonAfterTheSoundStops) {
-    auto tracker = MakeTracker();
-    const TrackRun run = Track(*tracker, Concat({PlayedNote(60, 0.5), Silence(0.3)}));
-    ASSERT_EQ(run.notes.size(), 1u);
-    const double endSeconds = run.notes[0].offFrame * 16 / 44100.0;
-    EXPECT_GT(endSeconds, 0.48);
-    EXPECT_LT(endSeconds, 0.55);
-}
-
-TEST(PreciseNoteEvents, ReleasedNoteEndsAtItsReleaseNotWithItsTail) {
-    // A held note, then a release of 200 dB per second (a synthesizer's release, a damped
-    // string) that stays periodic and above the hold level for a while.
-    std::vector<int16_t> note = Render({.frequency = NoteFrequency(64), .seconds = 0.8, .harmonics = {1, 0.5, 0.3}});
+TEST(PreciseNoteEvents, NoteEndsSoonAfterTheSoundStopsOrAtItsRelease) {
+    // A release of 200 dB per second (a synthesizer's release, a damped string) stays periodic
+    // and above the hold level for a while. A fall of 9 dB below a ceiling that sinks by 20 dB/s
+    // takes 50 ms; without the release detector the note would last until the tail fades below
+    // -36 dB.
+    std::vector<int16_t> released = Harmonic(64, 0.8);
     const size_t release = static_cast<size_t>(0.4 * 44100);
-    for (size_t i = release; i < note.size(); ++i) {
-        note[i] = Saturate(note[i] * std::pow(10.0, -200.0 * (i - release) / 44100.0 / 20.0));
+    for (size_t i = release; i < released.size(); ++i) {
+        released[i] = Saturate(released[i] * std::pow(10.0, -200.0 * (i - release) / 44100.0 / 20.0));
     }
-    auto tracker = MakeTracker();
-    const TrackRun run = Track(*tracker, Concat({note, Silence(0.1)}));
-    ASSERT_EQ(NoteNumbers(run), std::vector<int>{64});
-    // A fall of 9 dB below a ceiling that itself sinks by 20 dB/s takes 50 ms at this rate;
-    // without the release detector the note would last until the tail fades below -36 dB.
-    const double end = run.notes[0].offFrame * 16 / 44100.0;
-    EXPECT_GT(end, 0.42);
-    EXPECT_LT(end, 0.47);
+    const std::tuple<std::vector<int16_t>, int, double, double> cases[] = {
+        {Concat({PlayedNote(60, 0.5), Silence(0.3)}), 60, 0.48, 0.55},
+        {Concat({released, Silence(0.1)}), 64, 0.42, 0.47}};
+    for (const auto& [signal, note, earliest, latest] : cases) {
+        const TrackRun run = Track(*MakeTracker(), signal);
+        ASSERT_EQ(run.NoteNumbers(), std::vector<int>{note});
+        EXPECT_GT(run.notes[0].offFrame * 16 / 44100.0, earliest) << note;
+        EXPECT_LT(run.notes[0].offFrame * 16 / 44100.0, latest) << note;
+    }
 }
 
 TEST(PreciseNoteEvents, LevelModesWriteVelocityAndExpressionLikeTheEngine) {
-    const std::vector<int16_t> tone = Concat({Render({.frequency = 330, .seconds = 0.3, .levelDb = -12}), Silence(0.1)});
-    auto firstOn = [](const TrackRun& run) {
-        for (const WFETMidiOut& o : run.outputs) {
-            if (o.noteOn >= 0) return o;
-        }
-        return WFETMidiOut{-1, -1, -1, -1, -1};
+    const auto tone = Concat({Render({.frequency = 330, .seconds = 0.3, .levelDb = -12}), Silence(0.1)});
+    // The first note-on's record, and one from the middle of the note.
+    const auto onAndMiddle = [&](double mode) {
+        const TrackRun run = Track(*MakeTracker({.levelMode = mode}), tone);
+        const auto on = std::ranges::find_if(run.outputs, [](auto& o) { return o.noteOn >= 0; });
+        EXPECT_NE(on, run.outputs.end());
+        const WFETMidiOut first = on != run.outputs.end() ? *on : WFETMidiOut{-1, -1, -1, -1, -1};
+        return std::pair{first, run.outputs[run.outputs.size() / 2]};
     };
     // -12 dBFS peak between a -36 dB floor and a -6 dB ceiling: level 101.
-    auto expression = MakeTracker({.levelMode = WFET_LEVEL_EXPRESSION});
-    const WFETMidiOut e = firstOn(Track(*expression, tone));
+    const WFETMidiOut e = onAndMiddle(WFET_LEVEL_EXPRESSION).first;
     EXPECT_EQ(e.velocity, 127);
     EXPECT_NEAR(e.expression, 101, 3);
-    auto velocity = MakeTracker({.levelMode = WFET_LEVEL_VELOCITY});
-    const WFETMidiOut v = firstOn(Track(*velocity, tone));
+    const WFETMidiOut v = onAndMiddle(WFET_LEVEL_VELOCITY).first;
     EXPECT_NEAR(v.velocity, 101, 3);
     EXPECT_EQ(v.expression, 127);
-    auto relative = MakeTracker({.levelMode = WFET_LEVEL_RELATIVE});
-    const TrackRun r = Track(*relative, tone);
-    EXPECT_EQ(firstOn(r).expression, 96);
-    EXPECT_NEAR(r.outputs[r.outputs.size() / 2].expression, 96, 6) << "steady level keeps expression near 96";
-    // Mode 3 leaves the caller's velocity and expression alone.
+    const auto [r, rMiddle] = onAndMiddle(WFET_LEVEL_RELATIVE);
+    EXPECT_EQ(r.expression, 96);
+    EXPECT_NEAR(rMiddle.expression, 96, 6) << "steady level keeps expression near 96";
+    // The last mode leaves the caller's velocity and expression alone.
     auto none = MakeTracker({.levelMode = WFET_LEVEL_NONE});
     WFETMidiOut out{-1, -1, 33, 8192, 44};
     for (size_t i = 0; i + 16 <= tone.size(); i += 16) {
@@ -140,24 +119,23 @@ TEST(PreciseNoteEvents, LevelModesWriteVelocityAndExpressionLikeTheEngine) {
 }
 
 TEST(PreciseNoteEvents, BendStaysWithinItsRangeAndCentresOnThePitch) {
-    auto tracker = MakeTracker({.bendRange = 2});
-    const TrackRun run = Track(*tracker, Render({.frequency = NoteFrequency(60.5), .seconds = 0.5}), 2);
+    const TrackRun run =
+        Track(*MakeTracker({.bendRange = 2}), Render({.frequency = NoteFrequency(60.5), .seconds = 0.5}),
+              2);
     ASSERT_EQ(run.notes.size(), 1u);
-    const int16_t bend = run.outputs.back().bend;
-    EXPECT_NEAR(bend, 8192 + (run.notes[0].note == 60 ? 1 : -1) * 8191 / 4, 40);
+    EXPECT_NEAR(run.outputs.back().bend, 8192 + (run.notes[0].note == 60 ? 1 : -1) * 8191 / 4, 40);
 }
 
+// A host block that ends inside a 16-sample frame hands the tracker that frame in pieces.
 TEST(PreciseNoteEvents, OutputDoesNotDependOnHowTheInputIsCutIntoBlocks) {
-    const std::vector<int16_t> signal = AddNoise(
-        Concat({PlayedNote(55, 0.3), Silence(0.05), PlayedNote(62, 0.3),
-                Render({.frequency = NoteFrequency(50), .seconds = 0.5, .vibratoCents = 40})}),
-        -50);
-    auto reference = MakeTracker();
-    const TrackRun whole = Track(*reference, signal);
+    const auto signal = AddNoise(Concat({PlayedNote(55, 0.3), Silence(0.05), PlayedNote(62, 0.3),
+                                         Render({.frequency = NoteFrequency(50), .seconds = 0.5,
+                                                 .vibratoCents = 40})}),
+                                 -50);
+    const TrackRun whole = Track(*MakeTracker(), signal);
     ASSERT_FALSE(whole.notes.empty());
-    for (size_t block : {32u, 48u, 256u, 1024u, 4096u}) {
-        auto tracker = MakeTracker();
-        const TrackRun cut = Track(*tracker, signal, 4, block);
+    for (size_t block : {1u, 7u, 100u, 333u, 1000u}) {
+        const TrackRun cut = Track(*MakeTracker(), signal, 4, block);
         ASSERT_EQ(cut.outputs.size(), whole.outputs.size());
         for (size_t f = 0; f < cut.outputs.size(); ++f) {
             const WFETMidiOut &a = cut.outputs[f], &b = whole.outputs[f];
@@ -169,7 +147,7 @@ TEST(PreciseNoteEvents, OutputDoesNotDependOnHowTheInputIsCutIntoBlocks) {
 }
 
 TEST(PreciseNoteEvents, ProcessingAndParameterChangesAllocateNothing) {
-    std::vector<int16_t> signal = Concat({PlayedNote(45, 2.0), AddNoise(Silence(1.0), -30), PlayedNote(64, 2.0)});
+    const auto signal = Concat({PlayedNote(45, 2.0), AddNoise(Silence(1.0), -30), PlayedNote(64, 2.0)});
     auto tracker = MakeTracker();
     WFETMidiOut out{-1, -1, 0, 8192, 0};
     int notes = 0;

@@ -1,6 +1,5 @@
 // Helpers of the precise tracker's suites: configuration in the converter's order, generated
-// stress signals (noise, vowel-like pulse trains, note sequences) and a runner that turns the
-// tracker's decisions into notes with their fine pitch.
+// stress signals and a runner that turns the decisions into notes with their fine pitch.
 #pragma once
 
 #include "../EngineTestSupport.h"
@@ -8,15 +7,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <memory>
 #include <numbers>
+#include <numeric>
 #include <random>
-#include <vector>
+#include <utility>
 
 namespace precisetest {
 
-using enginetest::Cents;
 using enginetest::NoteFrequency;
 using enginetest::Render;
 using enginetest::Tone;
@@ -27,28 +25,26 @@ struct Setup {
     double maxNote = 72;
     double bendRange = 4;
     double levelMode = WFET_LEVEL_EXPRESSION;
-    double startDb = -24;
-    double holdDb = -36;
 };
 
-// The converter's order: rate, span, range, bend, levels, shape settings, ceiling, mode.
 inline std::unique_ptr<vocato::PitchTracker> MakeTracker(const Setup& s = {}) {
     auto tracker = vocato::MakePreciseTracker();
     const std::pair<int16_t, double> steps[] = {
-        {WFET_SAMPLE_RATE, s.rate},      {WFET_FILTER_SPAN, 1.0},       {WFET_MAX_NOTE, s.maxNote},
-        {WFET_MIN_NOTE, s.minNote},      {WFET_BEND_RANGE, s.bendRange}, {WFET_START_LEVEL_DB, s.startDb},
-        {WFET_HOLD_LEVEL_DB, s.holdDb},  {WFET_START_DISTANCE, 0.1},    {WFET_HOLD_DISTANCE, 0.3},
-        {WFET_LAG_WEIGHT, 0.1},          {WFET_START_PERIODS, 2},       {WFET_HOLD_PERIODS, 2},
-        {WFET_CONTINUITY, 0.1},          {WFET_MEDIAN, 0},              {WFET_CONFIRM, 0},
-        {WFET_LEVEL_CEIL_DB, -6},        {WFET_LEVEL_MODE, s.levelMode}};
+        {WFET_SAMPLE_RATE, s.rate},    {WFET_FILTER_SPAN, 1.0},        {WFET_MAX_NOTE, s.maxNote},
+        {WFET_MIN_NOTE, s.minNote},    {WFET_BEND_RANGE, s.bendRange}, {WFET_START_LEVEL_DB, -24},
+        {WFET_HOLD_LEVEL_DB, -36},     {WFET_START_DISTANCE, 0.1},     {WFET_HOLD_DISTANCE, 0.3},
+        {WFET_LAG_WEIGHT, 0.1},        {WFET_START_PERIODS, 2},        {WFET_HOLD_PERIODS, 2},
+        {WFET_CONTINUITY, 0.1},        {WFET_MEDIAN, 0},               {WFET_CONFIRM, 0},
+        {WFET_LEVEL_CEIL_DB, -6},      {WFET_LEVEL_MODE, s.levelMode},
+    };
     for (auto [code, value] : steps) {
         tracker->Set(code, value);
     }
     return tracker;
 }
 
-inline std::vector<int16_t> Silence(double seconds, double rate = 44100) {
-    return std::vector<int16_t>(static_cast<size_t>(seconds * rate), 0);
+inline std::vector<int16_t> Silence(double seconds) {
+    return std::vector<int16_t>(static_cast<size_t>(seconds * 44100), 0);
 }
 
 inline std::vector<int16_t> Concat(std::initializer_list<std::vector<int16_t>> parts) {
@@ -59,10 +55,13 @@ inline std::vector<int16_t> Concat(std::initializer_list<std::vector<int16_t>> p
     return all;
 }
 
-inline int16_t Saturate(double v) { return static_cast<int16_t>(std::clamp(std::lround(v), -32768L, 32767L)); }
+inline int16_t Saturate(double v) {
+    return static_cast<int16_t>(std::clamp(std::lround(v), -32768L, 32767L));
+}
 
-// Adds white noise at `levelDb` dBFS (RMS); a fixed seed keeps the suites reproducible.
-inline std::vector<int16_t> AddNoise(std::vector<int16_t> signal, double levelDb, unsigned seed = 7) {
+// White noise at `levelDb` dBFS RMS; a fixed seed keeps the suites reproducible.
+inline std::vector<int16_t> AddNoise(std::vector<int16_t> signal, double levelDb,
+                                     unsigned seed = 7) {
     std::mt19937 generator(seed);
     std::normal_distribution<double> gauss(0.0, 32767.0 * std::pow(10.0, levelDb / 20));
     for (int16_t& s : signal) {
@@ -71,63 +70,50 @@ inline std::vector<int16_t> AddNoise(std::vector<int16_t> signal, double levelDb
     return signal;
 }
 
-inline double RmsDb(const std::vector<int16_t>& signal) {
-    double sum = 0;
-    for (int16_t s : signal) {
-        sum += double(s) * s;
+// A glottal-style pulse train through two formant resonators, peak at -6 dBFS.
+inline std::vector<int16_t> Vowel(double frequency, double seconds, double f1, double f2) {
+    const double rate = 44100;
+    std::vector<double> y(static_cast<size_t>(seconds * rate), 0.0);
+    for (double phase = 0; double& v : y) {
+        phase += frequency / rate;
+        v = phase >= 1.0 ? 1.0 : 0.0;
+        phase -= v;
     }
-    return 10 * std::log10(sum / signal.size() / (32767.0 * 32767.0));
-}
-
-// A vowel-like sound: a glottal-style pulse train through two formant resonators (two-pole
-// resonances), normalised to a peak of `levelDb` dBFS.
-inline std::vector<int16_t> Vowel(double frequency, double seconds, double f1, double f2, double levelDb = -6,
-                                  double rate = 44100) {
-    const auto n = static_cast<size_t>(seconds * rate);
-    std::vector<double> y(n, 0.0);
-    auto resonate = [&](double centre, double bandwidth) {
+    for (auto [centre, bandwidth] : {std::pair{f1, 80.0}, std::pair{f2, 120.0}}) {
         const double r = std::exp(-std::numbers::pi * bandwidth / rate);
         const double a1 = 2 * r * std::cos(2 * std::numbers::pi * centre / rate);
-        const double a2 = -r * r;
         double y1 = 0, y2 = 0;
         for (double& v : y) {
-            const double out = v + a1 * y1 + a2 * y2;
-            y2 = y1;
-            y1 = out;
-            v = out;
-        }
-    };
-    double phase = 0;
-    for (size_t i = 0; i < n; ++i) {
-        phase += frequency / rate;
-        if (phase >= 1.0) {
-            phase -= 1.0;
-            y[i] = 1.0;
+            v += a1 * y1 - r * r * y2;
+            y2 = std::exchange(y1, v);
         }
     }
-    resonate(f1, 80);
-    resonate(f2, 120);
-    double peak = 1e-9;
+    const double peak =
+        std::fabs(*std::ranges::max_element(y, {}, [](double v) { return std::fabs(v); }));
+    std::vector<int16_t> out;
     for (double v : y) {
-        peak = std::max(peak, std::fabs(v));
-    }
-    std::vector<int16_t> out(n);
-    const double gain = 32767 * std::pow(10.0, levelDb / 20) / peak;
-    for (size_t i = 0; i < n; ++i) {
-        out[i] = Saturate(y[i] * gain);
+        out.push_back(Saturate(v * 32767 * std::pow(10.0, -6 / 20.0) / peak));
     }
     return out;
 }
 
-// Multiplies by an attack (and release) ramp so a tone starts and ends like a played note.
-inline std::vector<int16_t> Envelope(std::vector<int16_t> s, double attackSeconds, double releaseSeconds,
-                                     double rate = 44100) {
-    const double attack = attackSeconds * rate, release = releaseSeconds * rate;
+// A tone of three harmonics at `levelDb` dBFS peak.
+inline std::vector<int16_t> Harmonic(double note, double seconds, double levelDb = -6) {
+    return Render({.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = levelDb,
+                   .harmonics = {1, 0.5, 0.3}});
+}
+
+// With 100 ms of silence before and after, so that it starts and ends.
+inline std::vector<int16_t> Padded(const std::vector<int16_t>& s) {
+    return Concat({Silence(0.1), s, Silence(0.1)});
+}
+
+// A tone with 10 ms ramps at both ends, as a played note starts and ends.
+inline std::vector<int16_t> PlayedNote(int note, double seconds) {
+    std::vector<int16_t> s = Harmonic(note, seconds);
+    const double ramp = 0.01 * 44100;
     for (size_t i = 0; i < s.size(); ++i) {
-        double g = 1.0;
-        if (i < attack) g = i / attack;
-        if (s.size() - i < release) g = std::min(g, (s.size() - i) / release);
-        s[i] = Saturate(s[i] * g);
+        s[i] = Saturate(s[i] * std::min({1.0, i / ramp, (s.size() - i) / ramp}));
     }
     return s;
 }
@@ -135,7 +121,7 @@ inline std::vector<int16_t> Envelope(std::vector<int16_t> s, double attackSecond
 struct Note {
     int note;
     size_t onFrame;
-    size_t offFrame; // frame count when still sounding at the end
+    size_t offFrame;    // the frame count when still sounding at the end
     double meanPitch;   // fine pitch from note and bend, averaged over the middle half
     double pitchSpread; // largest distance of that fine pitch from its mean, in semitones
 };
@@ -143,41 +129,50 @@ struct Note {
 struct TrackRun {
     std::vector<WFETMidiOut> outputs;
     std::vector<Note> notes;
+    std::vector<int> NoteNumbers() const {
+        std::vector<int> numbers;
+        for (const Note& n : notes) {
+            numbers.push_back(n.note);
+        }
+        return numbers;
+    }
 };
 
-// Feeds 16-sample chunks, `blockSamples` at a time, and collects every frame's decision.
-inline TrackRun Track(vocato::PitchTracker& tracker, const std::vector<int16_t>& samples, double bendRange = 4,
-                 size_t blockSamples = 16) {
+// Feeds 16-sample frames with a decision after each; a frame that straddles the end of a host
+// block of `blockSamples` reaches the tracker in pieces.
+inline TrackRun Track(vocato::PitchTracker& tracker, const std::vector<int16_t>& samples,
+                      double bendRange = 4, size_t blockSamples = 16) {
     TrackRun run;
     WFETMidiOut out{-1, -1, 0, 8192, 0};
-    for (size_t block = 0; block < samples.size(); block += blockSamples) {
-        const size_t blockEnd = std::min(samples.size(), block + blockSamples);
-        for (size_t i = block; i < blockEnd; i += kWFETFrameSamples) {
-            const size_t count = std::min<size_t>(kWFETFrameSamples, blockEnd - i);
-            tracker.Process(samples.data() + i, static_cast<uint32_t>(count * 2));
-            tracker.Calc(&out);
-            run.outputs.push_back(out);
+    for (size_t frame = 0; frame < samples.size(); frame += kWFETFrameSamples) {
+        const size_t end = std::min(samples.size(), frame + kWFETFrameSamples);
+        for (size_t i = frame, next = 0; i < end; i = next) {
+            next = std::min(end, (i / blockSamples + 1) * blockSamples);
+            tracker.Process(samples.data() + i, static_cast<uint32_t>((next - i) * 2));
         }
+        tracker.Calc(&out);
+        run.outputs.push_back(out);
     }
     int sounding = -1;
     std::vector<double> pitches;
     auto close = [&](size_t frame) {
         // The middle half: away from the attack and from the release into silence.
-        const std::vector<double> tail(pitches.begin() + pitches.size() / 4,
-                                       pitches.begin() + pitches.size() * 3 / 4);
+        const auto begin = pitches.begin() + pitches.size() / 4;
+        const auto end = pitches.begin() + pitches.size() * 3 / 4;
         Note n{sounding, frame - pitches.size(), frame, 0.0, 0.0};
-        for (double p : tail) n.meanPitch += p / tail.size();
-        for (double p : tail) n.pitchSpread = std::max(n.pitchSpread, std::fabs(p - n.meanPitch));
+        n.meanPitch = std::accumulate(begin, end, 0.0) / static_cast<double>(end - begin);
+        for (auto p = begin; p != end; ++p) {
+            n.pitchSpread = std::max(n.pitchSpread, std::fabs(*p - n.meanPitch));
+        }
         run.notes.push_back(n);
     };
     for (size_t f = 0; f < run.outputs.size(); ++f) {
         const WFETMidiOut& o = run.outputs[f];
-        if (o.noteOff >= 0 && sounding >= 0) {
+        if (sounding >= 0 && (o.noteOff >= 0 || o.noteOn >= 0)) {
             close(f);
             sounding = -1;
         }
         if (o.noteOn >= 0) {
-            if (sounding >= 0) close(f);
             sounding = o.noteOn;
             pitches.clear();
         }
@@ -185,14 +180,10 @@ inline TrackRun Track(vocato::PitchTracker& tracker, const std::vector<int16_t>&
             pitches.push_back(sounding + (o.bend - 8192) * bendRange / 8191.0);
         }
     }
-    if (sounding >= 0) close(run.outputs.size());
+    if (sounding >= 0) {
+        close(run.outputs.size());
+    }
     return run;
-}
-
-inline std::vector<int> NoteNumbers(const TrackRun& run) {
-    std::vector<int> notes;
-    for (const Note& n : run.notes) notes.push_back(n.note);
-    return notes;
 }
 
 } // namespace precisetest

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -15,9 +14,8 @@ namespace {
 
 std::atomic<int> serial{0};
 
-bool Answers(const std::string& name) {
-    const std::string command = "jack_lsp -s " + name + " >/dev/null 2>&1";
-    return std::system(command.c_str()) == 0;
+bool Lsp(const std::string& server, const std::string& rest) {
+    return std::system(("jack_lsp -s " + server + rest).c_str()) == 0;
 }
 
 } // namespace
@@ -43,37 +41,28 @@ JackServer::JackServer(int period, int rate, const std::string& name, bool realt
                  static_cast<char*>(nullptr));
         ::_exit(127);
     }
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-    while (pid_ > 0 && std::chrono::steady_clock::now() < deadline) {
-        if (Answers(name_)) {
-            ready_ = true;
-            break;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    for (int attempt = 0; pid_ > 0 && attempt < 100 && !ready_; ++attempt) {
+        ready_ = Lsp(name_, " >/dev/null 2>&1");
+        std::this_thread::sleep_for(std::chrono::milliseconds(ready_ ? 0 : 50));
     }
 }
 
 JackServer::~JackServer() { Kill(SIGTERM); }
 
 void JackServer::Kill(int signal) {
-    if (pid_ <= 0) {
-        return;
+    if (pid_ > 0) {
+        ::kill(pid_, signal);
+        ::waitpid(pid_, nullptr, 0);
+        pid_ = -1;
     }
-    ::kill(pid_, signal);
-    int status = 0;
-    ::waitpid(pid_, &status, 0);
-    pid_ = -1;
 }
 
 bool PortExists(const std::string& server, const std::string& port) {
-    const std::string command = "jack_lsp -s " + server + " 2>/dev/null | grep -qx '" + port + "'";
-    return std::system(command.c_str()) == 0;
+    return Lsp(server, " 2>/dev/null | grep -qx '" + port + "'");
 }
 
 bool PortsConnected(const std::string& server, const std::string& port, const std::string& other) {
-    const std::string command = "jack_lsp -s " + server + " -c " + port +
-                                " 2>/dev/null | grep -qx '   " + other + "'";
-    return std::system(command.c_str()) == 0;
+    return Lsp(server, " -c " + port + " 2>/dev/null | grep -qx '   " + other + "'");
 }
 
 } // namespace vocato::test
