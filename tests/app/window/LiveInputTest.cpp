@@ -1,6 +1,6 @@
 // The window on a real JACK server (dummy backend): the live input is the source from the
 // start, and the oscilloscope shows what it captures.
-#include "JackDummyServer.h"
+#include "JackServer.h"
 #include "WindowFixture.h"
 
 namespace vocato::test {
@@ -8,7 +8,7 @@ namespace vocato::test {
 class LiveInputWindow : public WindowTest {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(server_.IsRunning()) << "jackd -d dummy did not start";
+        ASSERT_TRUE(server_.Ready()) << "jackd -d dummy did not start";
         WindowTest::SetUp();
     }
     WindowOptions Options() const override {
@@ -18,7 +18,7 @@ protected:
         return options;
     }
 
-    JackDummyServer server_;
+    JackServer server_;
 };
 
 TEST_F(LiveInputWindow, TheLiveInputRunsFromTheStartAndTheOscilloscopeDrawsIt) {
