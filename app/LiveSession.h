@@ -56,6 +56,7 @@ public:
     LiveMidiRouter& Router() noexcept { return router_; }
     ProducerConnector& Connector() noexcept { return *connector_; }
     media::DisplaySink& Displays() noexcept { return window_; }
+    TrackerKind Tracker() const noexcept { return settings_.tracker; }
 
     // Node thread: a preset change ends the notes the old settings started.
     void ParameterChanged(int64_t when, int32_t id, const void* value,

@@ -32,6 +32,8 @@ QImage LoadSkin(const ResourceArtwork& artwork) {
 }
 
 constexpr int kNodePollMs = 40;
+// The stored tracker choice: 0 classic, 1 precise.
+constexpr const char* kTrackerKey = "Tracker";
 
 } // namespace
 
@@ -66,6 +68,11 @@ void NodeHarnessWin::StartSession(WindowOptions options) {
         settings.midiPort = prefs->GetString("MidiPortName", "", port, sizeof port);
         int8_t channel = 1;
         settings.channel = prefs->GetInt8("MidiChannel", 1, &channel);
+        int32_t tracker = 0;
+        settings.tracker = prefs->GetInt32(kTrackerKey, static_cast<int32_t>(kDefaultTrackerKind),
+                                           &tracker) == static_cast<int32_t>(TrackerKind::Classic)
+                               ? TrackerKind::Classic
+                               : TrackerKind::Precise;
     }
     session_ = std::make_unique<app::LiveSession>(std::move(settings), alert_);
     // At rest the wheel stands in the middle.
@@ -188,6 +195,8 @@ NodeHarnessWin::~NodeHarnessWin() {
         prefs->SetFloat("midiMax", state_.midiMax);
         prefs->SetFloat("Transpose", state_.transpose);
         prefs->SetFloat("BendRange", state_.bendRange);
+        // Kept in the file so that it can be changed there until the preferences show it.
+        prefs->SetInt32(kTrackerKey, static_cast<int32_t>(session_->Tracker()));
     }
 }
 

@@ -173,7 +173,7 @@ TEST_F(WindowTest, DroppedTextDoesNothingAndOfSeveralFilesTheFirstIsChosen) {
     EXPECT_TRUE(Win().PanelState().liveInput) << "a drop does not change the chosen source";
 }
 
-TEST_F(WindowTest, ClosingTheWindowLeavesTheFourValuesInTheSettings) {
+TEST_F(WindowTest, ClosingTheWindowLeavesItsValuesAndTheTrackerInTheSettings) {
     Click({460, 165});
     EXPECT_FLOAT_EQ(Win().PanelState().transpose, -24);
     Win().PanelState().midiMin = 40;
@@ -184,6 +184,9 @@ TEST_F(WindowTest, ClosingTheWindowLeavesTheFourValuesInTheSettings) {
     EXPECT_FLOAT_EQ(prefs->GetFloat("midiMin", 0, &value), 40);
     EXPECT_FLOAT_EQ(prefs->GetFloat("midiMax", 0, &value), 72);
     EXPECT_FLOAT_EQ(prefs->GetFloat("BendRange", 0, &value), bendRange);
+    int32_t tracker = -1;
+    EXPECT_EQ(prefs->GetInt32("Tracker", -1, &tracker), static_cast<int32_t>(kDefaultTrackerKind))
+        << "the tracker choice is kept where it can be changed";
 }
 
 TEST_F(WindowTest, EachAboutRequestOpensABoxOfItsOwn) {
