@@ -56,7 +56,7 @@ void AddMidiChannel(QMenu* menu, const char* key) {
     if (key != nullptr && prefs != nullptr && prefs->FindInt8(key, &current) != B_OK) {
         current = 0;
     }
-    Diagnostic("Set channel %d\n", current);
+    media::Diagnostic("Set channel %d\n", current);
     for (int8_t channel = 1; channel <= 16; ++channel) {
         auto* item = new MenuItem(QString::number(channel), ChannelMessage(channel), menu);
         if (channel == current) {

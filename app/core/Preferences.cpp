@@ -185,7 +185,7 @@ Message TPreferences::GetMessage(const char* key, Message fallback, Message* out
 
 char* TPreferences::GetString(const char* key, const char* fallback, char* buffer,
                               size_t size) const {
-    Diagnostic("Name %s\n", key);
+    media::Diagnostic("Name %s\n", key);
     if (size == 0) {
         return buffer;
     }

@@ -12,7 +12,7 @@ int main(int argc, char** argv) {
     QTemporaryDir config;
     qputenv("XDG_CONFIG_HOME", config.path().toUtf8());
     QApplication application(argc, argv);
-    vocato::SetDiagnosticsQuiet(true);
+    vocato::media::SetDiagnosticsQuiet(true);
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
