@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -30,6 +31,8 @@ JackServer::JackServer(int period, int rate, const std::string& name, bool realt
     const std::string r = std::to_string(rate);
     pid_ = ::fork();
     if (pid_ == 0) {
+        // A test process that is killed (a time-out, a crash) takes its server with it.
+        ::prctl(PR_SET_PDEATHSIG, SIGTERM);
         const int null = ::open("/dev/null", O_WRONLY);
         ::dup2(null, STDOUT_FILENO);
         ::dup2(null, STDERR_FILENO);
