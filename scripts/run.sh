@@ -1,11 +1,14 @@
 #!/usr/bin/env bash
-# The main job: installs what is missing, builds, and converts a melody to a Standard MIDI File.
-# Uses a melody of the benchmark set beside the repository when it is there, otherwise a short
-# melody of tones generated here. Needs no sound card and no display.
+# The main job: installs what is missing, builds, and opens the front panel when there is a
+# display. Without one it converts a melody to a Standard MIDI File instead: a melody of the
+# benchmark set beside the repository when it is there, otherwise tones generated here.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
 bash scripts/build.sh build
+if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+  exec build/app/vocato
+fi
 
 bench="$(git rev-parse --show-toplevel 2>/dev/null || pwd)/../shared/bench-data/public/audio"
 input="$bench/p04_flute_ashover42.flac"
