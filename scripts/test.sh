@@ -10,7 +10,8 @@ bash scripts/install-deps.sh
 case "${1:-}" in
   --sanitize) dir=build-asan; args=(-DVOCATO_SANITIZE=ON -DVOCATO_BENCH=OFF)
               export LSAN_OPTIONS="suppressions=$PWD/tests/lsan-third-party.supp" ;;
-  --tsan)     dir=build-tsan; args=(-DVOCATO_TSAN=ON -DVOCATO_BENCH=OFF) ;;
+  --tsan)     dir=build-tsan; args=(-DVOCATO_TSAN=ON -DVOCATO_BENCH=OFF)
+              export TSAN_OPTIONS="suppressions=$PWD/tests/tsan-third-party.supp" ;;
   "")         dir=build; args=() ;;
   *) echo "usage: $0 [--sanitize|--tsan]" >&2; exit 2 ;;
 esac
