@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <thread>
 
 namespace vocato::app {
@@ -245,7 +246,21 @@ bool LiveAudio::ConnectJackMidi(const std::string& port) {
     return backend_ == Backend::Jack && jack_->ConnectMidiTo(port);
 }
 
+void LiveAudio::KeepPeak(const int16_t* samples, uint32_t frames) noexcept {
+    int largest = 0;
+    for (uint32_t i = 0; i < frames; ++i) {
+        largest = std::max(largest, std::abs(static_cast<int>(samples[i])));
+    }
+    const float level = static_cast<float>(largest) / 32768.0f;
+    // A compare-exchange, not a store: a meter's look in between must not be undone.
+    float kept = inputPeak_.load(std::memory_order_relaxed);
+    while (level > kept &&
+           !inputPeak_.compare_exchange_weak(kept, level, std::memory_order_relaxed)) {
+    }
+}
+
 void LiveAudio::Feed(int16_t* samples, uint32_t frames, bool framed) noexcept {
+    KeepPeak(samples, frames);
     if (consumer_ == nullptr) {
         return;
     }

@@ -74,6 +74,10 @@ public:
     void StopFeeding();
     bool Feeding() const noexcept { return feeding_.load(std::memory_order_acquire); }
 
+    // Any thread; for a level meter that looks now and then. The largest |sample| of the fed
+    // input since the last look, 1.0 at full scale; looking starts the next stretch at 0.
+    float TakeInputPeak() noexcept { return inputPeak_.exchange(0.0f, std::memory_order_relaxed); }
+
     // Owner thread. Connects the MIDI output to a JACK MIDI input port of that name.
     bool ConnectJackMidi(const std::string& port);
 
@@ -87,6 +91,7 @@ private:
     bool OpenAlsa(std::string& report);
     void MakeSynth(double rate, std::string& report);
     void Feed(int16_t* samples, uint32_t frames, bool framed) noexcept;
+    void KeepPeak(const int16_t* samples, uint32_t frames) noexcept;
     void Outputs(float* left, float* right, void* midiOut, uint32_t frames) noexcept;
     media::Alert& Alerts() { return options_.alert != nullptr ? *options_.alert : stderrAlert_; }
 
@@ -106,6 +111,8 @@ private:
     bool captureFailureReported_ = false;
     media::BufferConsumer* consumer_ = nullptr;
     std::atomic<bool> feeding_{false};
+    std::atomic<float> inputPeak_{0.0f};
+    static_assert(std::atomic<float>::is_always_lock_free);
     std::vector<int16_t> scratch_;
 };
 

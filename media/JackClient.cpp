@@ -138,6 +138,76 @@ bool JackClient::ConnectMidiTo(const std::string& port) {
     return r == 0 || r == EEXIST;
 }
 
+jack_port_t* JackClient::InputSource(const std::string& name) const {
+    if (Lost()) {
+        return nullptr;
+    }
+    jack_port_t* port = jack_port_by_name(client_, name.c_str());
+    if (port == nullptr || jack_port_is_mine(client_, port) != 0 ||
+        (jack_port_flags(port) & JackPortIsOutput) == 0 ||
+        std::strcmp(jack_port_type(port), JACK_DEFAULT_AUDIO_TYPE) != 0) {
+        return nullptr;
+    }
+    return port;
+}
+
+std::vector<std::string> JackClient::InputSources() const {
+    if (Lost()) {
+        return {};
+    }
+    const char** ports =
+        jack_get_ports(client_, nullptr, JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput);
+    if (ports == nullptr) {
+        return {};
+    }
+    // Someone choosing what to sing into looks for the sound card first.
+    std::vector<std::string> physical;
+    std::vector<std::string> others;
+    for (int i = 0; ports[i] != nullptr; ++i) {
+        jack_port_t* port = jack_port_by_name(client_, ports[i]);
+        if (port == nullptr || jack_port_is_mine(client_, port) != 0) {
+            continue;
+        }
+        ((jack_port_flags(port) & JackPortIsPhysical) != 0 ? physical : others)
+            .emplace_back(ports[i]);
+    }
+    jack_free(ports);
+    physical.insert(physical.end(), others.begin(), others.end());
+    return physical;
+}
+
+std::vector<std::string> JackClient::InputConnections() const {
+    if (Lost()) {
+        return {};
+    }
+    const char** ports = jack_port_get_connections(input_);
+    if (ports == nullptr) {
+        return {};
+    }
+    std::vector<std::string> names;
+    for (int i = 0; ports[i] != nullptr; ++i) {
+        names.emplace_back(ports[i]);
+    }
+    jack_free(ports);
+    return names;
+}
+
+bool JackClient::ConnectInput(const std::string& source) {
+    if (InputSource(source) == nullptr) {
+        return false;
+    }
+    const int r = jack_connect(client_, source.c_str(), jack_port_name(input_));
+    return r == 0 || r == EEXIST;
+}
+
+bool JackClient::DisconnectInput(const std::string& source) {
+    if (InputSource(source) == nullptr) {
+        return false;
+    }
+    return jack_port_connected_to(input_, source.c_str()) == 0 ||
+           jack_disconnect(client_, source.c_str(), jack_port_name(input_)) == 0;
+}
+
 std::string JackClient::LostReason() const { return lostReason_; }
 
 float JackClient::CpuLoad() const { return jack_cpu_load(client_); }

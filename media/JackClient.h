@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 typedef struct _jack_client jack_client_t;
 typedef struct _jack_port jack_port_t;
@@ -56,6 +57,16 @@ public:
     // when no such port exists or the server refuses.
     bool ConnectMidiTo(const std::string& port);
 
+    // Not the audio thread. Full names of the other clients' audio outputs that could feed the
+    // input, physical capture ports first; empty once the client is lost.
+    std::vector<std::string> InputSources() const;
+    // Not the audio thread. Full names of the ports connected to the input now.
+    std::vector<std::string> InputConnections() const;
+    // Not the audio thread. Connects or disconnects one of the InputSources to the input;
+    // true when the port is then connected (or disconnected) as asked, even if it already was.
+    bool ConnectInput(const std::string& source);
+    bool DisconnectInput(const std::string& source);
+
     // Any thread.
     uint32_t SampleRate() const noexcept { return rate_.load(std::memory_order_relaxed); }
     uint32_t BufferSize() const noexcept { return bufferSize_.load(std::memory_order_relaxed); }
@@ -83,6 +94,7 @@ private:
     static int Xrun(void* self) noexcept;
     static void Shutdown(int code, const char* reason, void* self) noexcept;
     friend struct JackCallbacks;
+    jack_port_t* InputSource(const std::string& name) const;
 
     JackPeriodHandler& handler_;
     jack_client_t* client_ = nullptr;

@@ -1,0 +1,152 @@
+// The live input's connections panel on a private JACK server, whose dummy backend offers
+// system:capture_1 and _2; a second client brings an output of its own.
+#include "JackInputWeb.h"
+
+#include "JackServer.h"
+
+#include <jack/jack.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <thread>
+
+namespace vocato::test {
+namespace {
+
+class Silence final : public media::JackPeriodHandler {
+public:
+    void Period(const media::JackPeriod&) noexcept override {}
+};
+
+// Another program with one audio output, as a synthesizer or a player would have.
+class Singer {
+public:
+    Singer() {
+        client_ = jack_client_open("singer", JackNoStartServer, nullptr);
+        if (client_ != nullptr) {
+            out_ = jack_port_register(client_, "out", JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput, 0);
+            jack_set_process_callback(client_, &Singer::Process, this);
+            jack_activate(client_);
+        }
+    }
+    ~Singer() {
+        if (client_ != nullptr) {
+            jack_client_close(client_);
+        }
+    }
+    bool Ok() const { return client_ != nullptr; }
+
+private:
+    static int Process(jack_nframes_t frames, void* self) {
+        auto* out =
+            static_cast<float*>(jack_port_get_buffer(static_cast<Singer*>(self)->out_, frames));
+        std::fill(out, out + frames, 0.0f);
+        return 0;
+    }
+    jack_client_t* client_ = nullptr;
+    jack_port_t* out_ = nullptr;
+};
+
+class JackInputWebTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(server.Ready()) << "jackd (package jackd2) did not start";
+        ASSERT_TRUE(singer.Ok());
+        std::string error;
+        media::JackClient::Options options;
+        options.serverName = server.Name();
+        client = media::JackClient::Open(options, silence, error);
+        ASSERT_NE(client, nullptr) << error;
+        ASSERT_TRUE(client->Activate(error)) << error;
+        web = std::make_unique<media::JackInputWeb>(*client);
+    }
+
+    int32_t IdOf(const std::string& port) const {
+        for (const media::Parameter& p : web->Groups().at(0).parameters) {
+            if (p.name == port) {
+                return p.id;
+            }
+        }
+        return -1;
+    }
+    float Value(const std::string& port) const {
+        float value = -1.0f;
+        EXPECT_TRUE(web->GetValue(IdOf(port), &value)) << port;
+        return value;
+    }
+    bool Jack(const std::string& command, const std::string& from) const {
+        return std::system(
+                   (command + " -s " + server.Name() + " " + from + " Vocato:input >/dev/null 2>&1")
+                       .c_str()) == 0;
+    }
+
+    JackServer server;
+    Singer singer;
+    Silence silence;
+    std::unique_ptr<media::JackClient> client;
+    std::unique_ptr<media::JackInputWeb> web;
+};
+
+TEST_F(JackInputWebTest, OffersEveryOtherAudioOutputAsASwitchCaptureFirstAndNoneOfVocatos) {
+    ASSERT_EQ(web->Groups().size(), 1u);
+    EXPECT_EQ(web->Groups()[0].name, "Vocato:input");
+    std::vector<std::string> names;
+    for (const media::Parameter& p : web->Groups()[0].parameters) {
+        EXPECT_EQ(p.kind, media::ParameterKind::Switch) << p.name;
+        EXPECT_EQ(web->Find(p.id), &p) << "ids are unique";
+        names.push_back(p.name);
+    }
+    EXPECT_EQ(names,
+              (std::vector<std::string>{"system:capture_1", "system:capture_2", "singer:out"}));
+}
+
+TEST_F(JackInputWebTest, ShowsConnectionsMadeFromOutside) {
+    EXPECT_EQ(Value("system:capture_1"), 0.0f);
+    EXPECT_EQ(Value("singer:out"), 0.0f);
+    ASSERT_TRUE(Jack("jack_connect", "singer:out"));
+    EXPECT_EQ(Value("singer:out"), 1.0f);
+    EXPECT_EQ(Value("system:capture_1"), 0.0f);
+    ASSERT_TRUE(Jack("jack_disconnect", "singer:out"));
+    EXPECT_EQ(Value("singer:out"), 0.0f);
+}
+
+TEST_F(JackInputWebTest, SwitchingConnectsAndDisconnectsAndRepeatingIsNoError) {
+    const int32_t capture = IdOf("system:capture_2");
+    EXPECT_TRUE(web->SetValue(capture, 1.0f));
+    EXPECT_TRUE(PortsConnected(server.Name(), "Vocato:input", "system:capture_2"));
+    EXPECT_EQ(Value("system:capture_2"), 1.0f);
+    EXPECT_TRUE(web->SetValue(capture, 1.0f)) << "already connected";
+    EXPECT_TRUE(web->SetValue(IdOf("singer:out"), 1.0f));
+    EXPECT_TRUE(PortsConnected(server.Name(), "Vocato:input", "singer:out"));
+
+    EXPECT_TRUE(web->SetValue(capture, 0.0f));
+    EXPECT_FALSE(PortsConnected(server.Name(), "Vocato:input", "system:capture_2"));
+    EXPECT_TRUE(PortsConnected(server.Name(), "Vocato:input", "singer:out"));
+    EXPECT_TRUE(web->SetValue(capture, 0.0f)) << "already disconnected";
+
+    float value = 0.0f;
+    EXPECT_FALSE(web->GetValue(99, &value));
+    EXPECT_FALSE(web->SetValue(99, 1.0f));
+    EXPECT_FALSE(client->ConnectInput("Vocato:synth_left")) << "not a source of its own input";
+    EXPECT_FALSE(client->ConnectInput("system:playback_1")) << "an input";
+}
+
+TEST_F(JackInputWebTest, AGoneServerLeavesAPanelThatRefusesQuietly) {
+    server.Kill(SIGKILL);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    while (!client->Lost() && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ASSERT_TRUE(client->Lost());
+    float value = 0.0f;
+    EXPECT_FALSE(web->GetValue(IdOf("system:capture_1"), &value));
+    EXPECT_FALSE(web->SetValue(IdOf("system:capture_1"), 1.0f));
+    EXPECT_TRUE(client->InputSources().empty());
+}
+
+} // namespace
+} // namespace vocato::test
