@@ -66,6 +66,7 @@ public:
     uint32_t InputPeriod() const noexcept;
     uint64_t Xruns() const noexcept;
     media::JackClient* Jack() const noexcept { return jack_.get(); }
+    const LiveAudioOptions& Options() const noexcept { return options_; }
 
     // Owner thread, while not feeding: the consumer of the captured audio.
     void SetConsumer(media::BufferConsumer* consumer) noexcept { consumer_ = consumer; }

@@ -30,6 +30,7 @@ void AddMainMenu(QMenuBar* bar, Handler* target) {
     AddItem(file, "Quit", kQuitRequested, 0, target);
     QMenu* options = bar->addMenu(QStringLiteral("Options"));
     AddItem(options, "Parameters", kParameters, 'P', target);
+    AddItem(options, "Converter controls", kConverterControls, 0, target);
 }
 
 } // namespace vocato

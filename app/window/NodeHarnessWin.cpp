@@ -4,6 +4,7 @@
 #include "MenuItem.h"
 #include "Menus.h"
 #include "Preferences.h"
+#include "TrackerSetting.h"
 #include "WindowMessages.h"
 
 #include "NodeParameters.h"
@@ -32,8 +33,6 @@ QImage LoadSkin(const ResourceArtwork& artwork) {
 }
 
 constexpr int kNodePollMs = 40;
-// The stored tracker choice: 0 classic, 1 precise.
-constexpr const char* kTrackerKey = "Tracker";
 
 } // namespace
 
@@ -68,11 +67,14 @@ void NodeHarnessWin::StartSession(WindowOptions options) {
         settings.midiPort = prefs->GetString("MidiPortName", "", port, sizeof port);
         int8_t channel = 1;
         settings.channel = prefs->GetInt8("MidiChannel", 1, &channel);
-        int32_t tracker = 0;
-        settings.tracker = prefs->GetInt32(kTrackerKey, static_cast<int32_t>(kDefaultTrackerKind),
-                                           &tracker) == static_cast<int32_t>(TrackerKind::Classic)
-                               ? TrackerKind::Classic
-                               : TrackerKind::Precise;
+        settings.tracker = StoredTracker();
+        int32_t on = 0;
+        settings.audio.synth =
+            settings.audio.synth && prefs->GetInt32("InternalSynth", 1, &on) != 0;
+        // The stored port is only a choice; the switch says whether to send to it.
+        if (prefs->GetInt32("MidiPort", 0, &on) == 0) {
+            settings.midiPort.clear();
+        }
     }
     session_ = std::make_unique<app::LiveSession>(std::move(settings), alert_);
     // At rest the wheel stands in the middle.
@@ -96,9 +98,9 @@ void NodeHarnessWin::BuildPanel() {
             [this](uint32_t what) { MessageReceived(Message(what)); });
 
     media::DisplaySink& display = session_->Displays();
-    expressionMeter_ = new ui::Vumeter(mainView_, QRect(QPoint(380, 90), QPoint(390, 190)),
-                                       QStringLiteral("Expression"), 0, 127,
-                                       &display.displayExpression);
+    expressionMeter_ =
+        new ui::Vumeter(mainView_, QRect(QPoint(380, 90), QPoint(390, 190)),
+                        QStringLiteral("Expression"), 0, 127, &display.displayExpression);
     velocityMeter_ = new ui::Vumeter(mainView_, QRect(QPoint(410, 90), QPoint(420, 190)),
                                      QStringLiteral("Velocity"), 0, 127, &display.displayVelocity);
     rangeSlider_ = new ui::DoubleSlider(mainView_, QRect(QPoint(60, 199), QPoint(577, 209)),
@@ -169,10 +171,12 @@ void NodeHarnessWin::RestoreChoices() {
     QMetaObject::invokeMethod(
         this,
         [this] {
-            const std::pair<const char*, float*> stored[] = {
-                {"Transpose", &state_.transpose}, {"BendRange", &state_.bendRange},
-                {"midiMin", &state_.midiMin}, {"midiMax", &state_.midiMax}};
-            const int32_t ids[] = {PARAM_TRANSPOSE, PARAM_BEND_RANGE, PARAM_MIDI_MIN, PARAM_MIDI_MAX};
+            const std::pair<const char*, float*> stored[] = {{"Transpose", &state_.transpose},
+                                                             {"BendRange", &state_.bendRange},
+                                                             {"midiMin", &state_.midiMin},
+                                                             {"midiMax", &state_.midiMax}};
+            const int32_t ids[] = {PARAM_TRANSPOSE, PARAM_BEND_RANGE, PARAM_MIDI_MIN,
+                                   PARAM_MIDI_MAX};
             for (size_t i = 0; i < std::size(stored); ++i) {
                 if (prefs->HasValue(stored[i].first, FieldType::Float)) {
                     prefs->GetFloat(stored[i].first, *stored[i].second, stored[i].second);
@@ -188,6 +192,10 @@ void NodeHarnessWin::RestoreChoices() {
 }
 
 NodeHarnessWin::~NodeHarnessWin() {
+    // They lean on the session: they go first, and the preferences write their values now.
+    delete inputWindow_;
+    delete controlsWindow_;
+    delete prefWindow_;
     nodeTimer_.stop();
     session_->Stop();
     if (prefs != nullptr) {
@@ -195,8 +203,12 @@ NodeHarnessWin::~NodeHarnessWin() {
         prefs->SetFloat("midiMax", state_.midiMax);
         prefs->SetFloat("Transpose", state_.transpose);
         prefs->SetFloat("BendRange", state_.bendRange);
-        // Kept in the file so that it can be changed there until the preferences show it.
-        prefs->SetInt32(kTrackerKey, static_cast<int32_t>(session_->Tracker()));
+        // Written when missing, so the file shows the choice; never over the preferences
+        // window's choice for the next start.
+        int32_t stored = 0;
+        if (prefs->FindInt32(kTrackerKey, &stored) != B_OK) {
+            StoreTracker(session_->Tracker());
+        }
     }
 }
 
@@ -209,8 +221,8 @@ void NodeHarnessWin::closeEvent(QCloseEvent* event) {
 }
 
 void NodeHarnessWin::PostMessage(const Message& message) {
-    QMetaObject::invokeMethod(this, [this, message] { MessageReceived(message); },
-                              Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this, message] { MessageReceived(message); }, Qt::QueuedConnection);
 }
 
 void NodeHarnessWin::HandParameter(int32_t id, const void* value) {

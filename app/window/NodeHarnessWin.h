@@ -18,6 +18,7 @@
 #include "LiveSession.h"
 
 #include <QImage>
+#include <QPointer>
 #include <QStringList>
 #include <QTimer>
 #include <QWidget>
@@ -79,6 +80,9 @@ public:
     QMenu* InstrumentMenu() const { return instrumentMenu_; }
     QFileDialog* SavePanel() const { return savePanel_; }
     QFileDialog* OpenPanel() const { return openPanel_; }
+    QWidget* PrefWindowOpen() const { return prefWindow_; }
+    QWidget* InputWindowOpen() const { return inputWindow_; }
+    QWidget* ControlsWindowOpen() const { return controlsWindow_; }
     ui::OnSlider* BendSlider() const { return bendSlider_; }
     ui::DoubleSlider* RangeSlider() const { return rangeSlider_; }
     int32_t InstrumentValue() const { return instrumentValue_; }
@@ -105,6 +109,8 @@ private:
     void PollNode();
     void SyncPlayWave();
     void SetChosenFile(const QString& path);
+    // One window of a kind at a time: a second request brings the open one to the front.
+    template <class Make> void OpenOnce(QPointer<QWidget>& window, Make make);
 
     Handler* app_;
     WindowAlert alert_;
@@ -125,6 +131,9 @@ private:
     int32_t instrumentValue_ = 0;
     int32_t presetValue_ = 0;
     bool recording_ = false;
+    QPointer<QWidget> prefWindow_;
+    QPointer<QWidget> inputWindow_;
+    QPointer<QWidget> controlsWindow_;
     QTimer nodeTimer_;
     uint32_t reportsSeen_ = 0;
     float reported_[4] = {0, 0, 0, 0}; // transpose, bend range, note min, note max

@@ -2,7 +2,11 @@
 #include "NodeHarnessWin.h"
 
 #include "AboutWin.h"
+#include "InputWin.h"
 #include "Menus.h"
+#include "NodeParameterWeb.h"
+#include "PanelWindow.h"
+#include "PrefWindow.h"
 #include "Preferences.h"
 #include "WindowMessages.h"
 
@@ -18,6 +22,14 @@
 #include <string>
 
 namespace vocato {
+
+template <class Make> void NodeHarnessWin::OpenOnce(QPointer<QWidget>& window, Make make) {
+    if (window == nullptr) {
+        window = make();
+    }
+    window->raise();
+    window->activateWindow();
+}
 
 void NodeHarnessWin::MessageReceived(const Message& message) {
     media::Diagnostic("Window message\n");
@@ -56,8 +68,16 @@ void NodeHarnessWin::MessageReceived(const Message& message) {
         session_->Node().SendAllNotesOff(false);
         break;
     case kInputWindow:
+        OpenOnce(inputWindow_, [this] { return new InputWin(session_->Audio(), this); });
+        break;
     case kParameters:
-        media::Diagnostic("This window comes in a later version of Vocato\n");
+        OpenOnce(prefWindow_, [this] { return new PrefWindow(this); });
+        break;
+    case kConverterControls:
+        OpenOnce(controlsWindow_, [this] {
+            return new PanelWindow(std::make_unique<NodeParameterWeb>(session_->Node()),
+                                   QStringLiteral("Vocato controls"), this);
+        });
         break;
     case kBendRangeSlider: {
         float value = 0;

@@ -15,6 +15,7 @@ inline constexpr uint32_t kOpenWave = FourCC("mOpn");
 inline constexpr uint32_t kExportMidi = FourCC("mMiS");
 inline constexpr uint32_t kParameters = FourCC("mPar");
 inline constexpr uint32_t kInputWindow = FourCC("mInp");
+inline constexpr uint32_t kConverterControls = FourCC("mNod");
 
 inline constexpr uint32_t kInstrumentButton = FourCC("BIns");
 inline constexpr uint32_t kPresetButton = FourCC("BPst");

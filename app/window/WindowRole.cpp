@@ -1,16 +1,18 @@
 #include "WindowRole.h"
 
+#include "MediaNodeControlApp.h"
 #include "NodeHarnessApp.h"
 #include "Preferences.h"
+#include "WindowAlert.h"
 
 #include <QApplication>
 #include <QFileInfo>
 #include <QSocketNotifier>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <csignal>
 #include <memory>
 #include <unistd.h>
 
@@ -18,7 +20,9 @@ namespace vocato {
 
 namespace {
 
-bool IsControlPanel(const char* arg) { return std::strncmp(arg, "node=", 5) == 0; }
+bool IsControlPanel(const char* arg) {
+    return std::strncmp(arg, "node=", 5) == 0;
+}
 
 // Qt aborts when it cannot reach a display; say what works without one instead.
 bool HasDisplay() {
@@ -43,13 +47,26 @@ int NoDisplay() {
     return 1;
 }
 
-int ControlPanel(const char* arg) {
-    const long node = std::strtol(arg + 5, nullptr, 10);
-    std::printf("The control panel of node %ld comes in a later version of Vocato.\n"
-                "The converter's own settings are on its front panel: run vocato without "
-                "arguments.\n",
-                node);
-    return 0;
+// The control panel of a card: its failures are told on the terminal without a display, in
+// an alert with one.
+int ControlPanel(int argc, char** argv) {
+    const long node = std::strtol(argv[1] + 5, nullptr, 10);
+    if (!HasDisplay()) {
+        media::StderrAlert alert;
+        MediaNodeControlApp panel(node, alert);
+        if (panel.Opened()) {
+            std::fprintf(stderr, "vocato: no display to show %s on.\n",
+                         panel.Title().toLocal8Bit().constData());
+        }
+        return 1;
+    }
+    QApplication application(argc, argv);
+    WindowAlert alert;
+    MediaNodeControlApp panel(node, alert);
+    // After a failure only the alert is open: closing it ends the role.
+    const bool opened = panel.Show() != nullptr;
+    const int status = application.exec();
+    return opened ? status : 1;
 }
 
 // SIGINT and SIGTERM close the window like its close box, so the settings are saved: the
@@ -94,7 +111,7 @@ bool IsWindowRole(int argc, char** argv) {
 
 int RunWindowRole(int argc, char** argv) {
     if (argc >= 2 && IsControlPanel(argv[1])) {
-        return ControlPanel(argv[1]);
+        return ControlPanel(argc, argv);
     }
     if (!HasDisplay()) {
         return NoDisplay();

@@ -27,7 +27,10 @@ WindowOptions WindowTest::Options() const {
 }
 
 void WindowTest::TearDown() {
-    delete app_->Window();
+    // A set-up that stopped early (no JACK server) made no application.
+    if (app_ != nullptr) {
+        delete app_->Window();
+    }
     app_.reset();
     delete prefs;
     prefs = nullptr;

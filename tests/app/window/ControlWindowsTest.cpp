@@ -1,0 +1,278 @@
+// The windows of the Options menu and the Input button: the converter's controls round-trip
+// through the node's parameter events, the preferences reach the settings file, and the input
+// window tells what it can adjust.
+#include "JackServer.h"
+#include "WindowFixture.h"
+#include "WindowMessages.h"
+
+#include "InputWin.h"
+#include "MediaNodeControlApp.h"
+#include "Menus.h"
+#include "PanelWindow.h"
+#include "PrefWindow.h"
+#include "WindowAlert.h"
+
+#include "MenuField.h"
+#include "ParameterWebView.h"
+
+#include "NodeParameters.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSlider>
+
+#include <thread>
+
+namespace vocato::test {
+
+namespace {
+
+float NodeValue(VocatoNode& node, int32_t id) {
+    int64_t when = 0;
+    char bytes[4];
+    size_t size = sizeof bytes;
+    node.GetParameterValue(id, &when, bytes, &size);
+    if (id == PARAM_PRESET || id == PARAM_PROGRAM) {
+        int32_t whole = 0;
+        std::memcpy(&whole, bytes, sizeof whole);
+        return static_cast<float>(whole);
+    }
+    float value = 0;
+    std::memcpy(&value, bytes, sizeof value);
+    return value;
+}
+
+QAction* ItemNamed(QMenu* menu, const QString& text) {
+    for (QAction* action : menu->actions()) {
+        if (action->text() == text) {
+            return action;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+class ConverterControls : public WindowTest {
+protected:
+    PanelWindow& Open() {
+        Win().MessageReceived(Message(kConverterControls));
+        return *static_cast<PanelWindow*>(Win().ControlsWindowOpen());
+    }
+    // Nothing plays in these tests, so the test is the node's thread: it applies what is due.
+    void ApplyQueuedChanges() {
+        std::this_thread::sleep_for(std::chrono::milliseconds(3));
+        Win().Session().Node().RunEvents();
+    }
+    template <class Control> Control* ControlFor(PanelWindow& panel, int32_t id) {
+        return qobject_cast<Control*>(panel.View()->ControlFor(id));
+    }
+};
+
+TEST_F(ConverterControls, OneWindowShowsEveryParameterWithTheNodesValues) {
+    PanelWindow& panel = Open();
+    Win().MessageReceived(Message(kConverterControls));
+    EXPECT_EQ(&panel, Win().ControlsWindowOpen()) << "a second request raises the open window";
+    EXPECT_EQ(panel.windowTitle(), "Vocato controls");
+    VocatoNode& node = Win().Session().Node();
+    for (int32_t id : kParameterIds) {
+        ASSERT_NE(panel.View()->ControlFor(id), nullptr) << id;
+        if (auto* spin = ControlFor<QDoubleSpinBox>(panel, id)) {
+            EXPECT_NEAR(spin->value(), NodeValue(node, id), 0.01) << id;
+        }
+    }
+    EXPECT_EQ(ControlFor<QComboBox>(panel, PARAM_PRESET)->count(), 20);
+    SaveScreenshot(panel, "converter-controls");
+}
+
+TEST_F(ConverterControls, ChangesGoThroughTheNodesEventsAndItsAnswersComeBack) {
+    PanelWindow& panel = Open();
+    VocatoNode& node = Win().Session().Node();
+
+    auto* startLevel = ControlFor<QDoubleSpinBox>(panel, PARAM_START_LEVEL_DB);
+    startLevel->setValue(-30);
+    auto* slider = panel.View()->findChild<QSlider*>(startLevel->objectName() + "-slider");
+    EXPECT_EQ(slider->value(), slider->maximum() - 60) << "half-decibel steps from the top";
+    panel.View()->Refresh();
+    EXPECT_EQ(startLevel->value(), -30) << "a change the node has not applied yet stays shown";
+    ApplyQueuedChanges();
+    EXPECT_EQ(NodeValue(node, PARAM_START_LEVEL_DB), -30);
+
+    // A preset rewrites the note range inside the node; the panel follows.
+    auto* preset = ControlFor<QComboBox>(panel, PARAM_PRESET);
+    const int flute = preset->findText("Flute");
+    preset->setCurrentIndex(flute);
+    emit preset->activated(flute);
+    ApplyQueuedChanges();
+    EXPECT_EQ(NodeValue(node, PARAM_PRESET), 18);
+    panel.View()->Refresh();
+    EXPECT_EQ(ControlFor<QDoubleSpinBox>(panel, PARAM_MIDI_MIN)->value(), 60);
+    EXPECT_EQ(ControlFor<QDoubleSpinBox>(panel, PARAM_MIDI_MAX)->value(), 96);
+    Wait(100);
+    EXPECT_EQ(Win().PanelState().midiMin, 60) << "the front panel's range follows as well";
+
+    // Moving the slider moves the number and the node.
+    auto* bendRange = ControlFor<QDoubleSpinBox>(panel, PARAM_BEND_RANGE);
+    panel.View()->findChild<QSlider*>(bendRange->objectName() + "-slider")->setValue(11);
+    EXPECT_EQ(bendRange->value(), 12);
+    ApplyQueuedChanges();
+    EXPECT_EQ(node.BendRange(), 12);
+}
+
+TEST_F(WindowTest, ParametersOpensOnePreferencesWindowWithTheDefaults) {
+    Win().MessageReceived(Message(kParameters));
+    Win().MessageReceived(Message(kParameters));
+    int windows = 0;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        windows += qobject_cast<PrefWindow*>(widget) != nullptr && widget->isVisible();
+    }
+    EXPECT_EQ(windows, 1);
+    auto* window = static_cast<PrefWindow*>(Win().PrefWindowOpen());
+    EXPECT_EQ(window->windowTitle(), "Setting...");
+    HardwarePrefView* view = window->HardwareView();
+    EXPECT_TRUE(view->InternalSynthBox()->isChecked());
+    EXPECT_FALSE(view->ExternalPortBox()->isChecked());
+    EXPECT_EQ(view->ChannelField()->Chosen(), "1");
+    EXPECT_EQ(view->PortField()->Chosen(), "") << "no MIDI input exists here";
+    EXPECT_EQ(view->TrackerField()->Chosen(), "Precise");
+    EXPECT_NE(window->findChild<QLabel*>("Restart note"), nullptr);
+    // Laid out one under the other, nothing overlapping.
+    const QWidget* rows[] = {view->InternalSynthBox(), view->ExternalPortBox(), view->PortField(),
+                             view->ChannelField(), view->TrackerField()};
+    for (size_t i = 1; i < std::size(rows); ++i) {
+        EXPECT_GT(rows[i]->geometry().top(), rows[i - 1]->geometry().bottom()) << i;
+    }
+    EXPECT_TRUE(view->rect().contains(view->TrackerField()->geometry()));
+    SaveScreenshot(*window, "preferences");
+
+    window->close();
+    Wait(20);
+    EXPECT_EQ(Win().PrefWindowOpen(), nullptr);
+    int32_t value = -1;
+    int8_t channel = 0;
+    EXPECT_EQ(prefs->GetInt32("InternalSynth", -1, &value), 1) << "what it loaded goes back";
+    EXPECT_EQ(prefs->GetInt32("MidiPort", -1, &value), 0);
+    EXPECT_EQ(prefs->GetInt8("MidiChannel", 0, &channel), 1);
+    Win().MessageReceived(Message(kParameters));
+    EXPECT_NE(Win().PrefWindowOpen(), nullptr) << "after closing, a new one opens";
+}
+
+TEST_F(WindowTest, PreferencesChosenReachTheSettingsFileAndWaitForTheNextStart) {
+    Win().MessageReceived(Message(kParameters));
+    auto* window = static_cast<PrefWindow*>(Win().PrefWindowOpen());
+    HardwarePrefView* view = window->HardwareView();
+    view->InternalSynthBox()->click();
+    view->ExternalPortBox()->click();
+    ItemNamed(view->ChannelField()->Menu(), "5")->trigger();
+    EXPECT_EQ(view->ChannelField()->Chosen(), "5");
+    window->MessageReceived(MidiPortMessage("synth:midi_in"));
+    ItemNamed(view->TrackerField()->Menu(), "Classic")->trigger();
+    window->close();
+    Wait(20);
+
+    EXPECT_EQ(Win().Session().Node().Channel(), 1) << "the running node keeps its channel";
+    EXPECT_EQ(Win().Session().Tracker(), kDefaultTrackerKind);
+    delete app_->Window();
+    TPreferences file("Vocato");
+    int32_t value = -1;
+    int8_t channel = 0;
+    char port[256];
+    EXPECT_EQ(file.GetInt32("InternalSynth", -1, &value), 0);
+    EXPECT_EQ(file.GetInt32("MidiPort", -1, &value), 1);
+    EXPECT_EQ(file.GetInt8("MidiChannel", 0, &channel), 5);
+    EXPECT_STREQ(file.GetString("MidiPortName", "", port, sizeof port), "synth:midi_in");
+    EXPECT_EQ(file.GetInt32("Tracker", -1, &value), 0)
+        << "closing the main window keeps the choice made for the next start";
+}
+
+TEST_F(WindowTest, WithoutALiveInputTheInputWindowSaysSoAndOpensOnce) {
+    Win().MessageReceived(Message(kInputWindow));
+    auto* input = static_cast<InputWin*>(Win().InputWindowOpen());
+    ASSERT_NE(input, nullptr);
+    Win().MessageReceived(Message(kInputWindow));
+    EXPECT_EQ(input, Win().InputWindowOpen());
+    EXPECT_EQ(input->windowTitle(), "Vocato input");
+    EXPECT_EQ(input->View(), nullptr);
+    ASSERT_NE(input->Notice(), nullptr);
+    EXPECT_TRUE(input->Notice()->text().contains("no live input"))
+        << input->Notice()->text().toStdString();
+    SaveScreenshot(*input, "input-no-audio");
+    input->close();
+    Wait(20);
+    EXPECT_EQ(Win().InputWindowOpen(), nullptr);
+}
+
+class InputWindowOnJack : public WindowTest {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(server_.Ready()) << "jackd -d dummy did not start";
+        WindowTest::SetUp();
+    }
+    WindowOptions Options() const override {
+        WindowOptions options = WindowTest::Options();
+        options.audio.jack = true;
+        options.audio.jackServer = server_.Name();
+        return options;
+    }
+    JackServer server_;
+};
+
+TEST_F(InputWindowOnJack, ShowsWhichCapturePortsFeedTheInputAndChangesThem) {
+    Win().MessageReceived(Message(kInputWindow));
+    auto* input = static_cast<InputWin*>(Win().InputWindowOpen());
+    ASSERT_NE(input->View(), nullptr);
+    QCheckBox* first = nullptr;
+    QCheckBox* second = nullptr;
+    for (QCheckBox* box : input->View()->findChildren<QCheckBox*>()) {
+        if (box->accessibleName() == "system:capture_1") {
+            first = box;
+        } else if (box->accessibleName() == "system:capture_2") {
+            second = box;
+        }
+    }
+    ASSERT_NE(first, nullptr);
+    ASSERT_NE(second, nullptr);
+    EXPECT_TRUE(first->isChecked()) << "Vocato connects the first capture port itself";
+    EXPECT_FALSE(second->isChecked());
+    SaveScreenshot(*input, "input-jack");
+
+    const std::string ours = Win().Session().Audio().Jack()->InputPortName();
+    second->click();
+    first->click();
+    EXPECT_TRUE(PortsConnected(server_.Name(), ours, "system:capture_2"));
+    EXPECT_FALSE(PortsConnected(server_.Name(), ours, "system:capture_1"));
+    Wait(ui::ParameterWebView::kPollMs * 2);
+    EXPECT_TRUE(second->isChecked());
+    EXPECT_FALSE(first->isChecked());
+    EXPECT_EQ(input->Meter()->value(), input->Meter()->minimum())
+        << "the dummy backend captures silence";
+}
+
+TEST(ControlPanelRole, ACardThatDoesNotExistIsReportedInAnAlertAndGetsNoWindow) {
+    WindowAlert alert;
+    MediaNodeControlApp panel(99, alert);
+    EXPECT_FALSE(panel.Opened());
+    EXPECT_EQ(panel.Show(), nullptr);
+    QMessageBox* box = nullptr;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* found = qobject_cast<QMessageBox*>(widget); found && found->isVisible()) {
+            box = found;
+        }
+    }
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->windowTitle(), "error");
+    EXPECT_TRUE(box->text().startsWith("MediaNodeControlApp: couldn't find node (99):\n"))
+        << box->text().toStdString();
+    ASSERT_EQ(box->buttons().size(), 1);
+    EXPECT_EQ(box->buttons()[0]->text(), "Ok");
+    box->close();
+}
+
+} // namespace vocato::test
