@@ -17,7 +17,6 @@ using media::MixerControl;
 struct FakeControl {
     long minimum = 0;
     long maximum = 0;
-    bool ranged = true;
     std::vector<long> channels{0};
     bool refuses = false;
 };
@@ -34,7 +33,7 @@ public:
         const FakeControl& control = controls_.at(c);
         *minimum = control.minimum;
         *maximum = control.maximum;
-        return control.ranged;
+        return true;
     }
     std::vector<std::string> Items() const override { return items; }
     int Channels(MixerControl c) const override {
@@ -69,15 +68,15 @@ protected:
     media::MixerWeb Build() { return media::MixerWeb(std::move(elements)); }
 
     std::map<MixerControl, FakeControl> master{
-        {MixerControl::PlaybackVolume, {0, 87, true, {60, 40}}},
-        {MixerControl::PlaybackDecibels, {-6525, 0, true, {-1500, -3000}}},
-        {MixerControl::PlaybackSwitch, {0, 1, true, {1, 0}}},
+        {MixerControl::PlaybackVolume, {0, 87, {60, 40}}},
+        {MixerControl::PlaybackDecibels, {-6525, 0, {-1500, -3000}}},
+        {MixerControl::PlaybackSwitch, {0, 1, {1, 0}}},
     };
     std::map<MixerControl, FakeControl> capture{
-        {MixerControl::CaptureVolume, {0, 31, true, {7, 9}}},
-        {MixerControl::CaptureSwitch, {0, 1, true, {0, 0}}},
+        {MixerControl::CaptureVolume, {0, 31, {7, 9}}},
+        {MixerControl::CaptureSwitch, {0, 1, {0, 0}}},
     };
-    std::map<MixerControl, FakeControl> source{{MixerControl::Item, {0, 2, true, {1, 1}}}};
+    std::map<MixerControl, FakeControl> source{{MixerControl::Item, {0, 2, {1, 1}}}};
     std::map<MixerControl, FakeControl> nothing;
     std::vector<std::unique_ptr<media::MixerElement>> elements;
 };
@@ -117,7 +116,7 @@ TEST_F(MixerWebTest, VolumesAreInDecibelsWhenTheElementHasAScaleAndInRawStepsOth
     Add("Master", 0, master);
     Add("Capture", 0, capture);
     std::map<MixerControl, FakeControl> flat = capture;
-    flat[MixerControl::CaptureDecibels] = {0, 0, true, {0}};
+    flat[MixerControl::CaptureDecibels] = {0, 0, {0}};
     Add("Mic", 0, flat);
     const media::MixerWeb web = Build();
 
