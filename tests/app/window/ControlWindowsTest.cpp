@@ -1,7 +1,6 @@
 // The windows of the Options menu and the Input button: the converter's controls round-trip
 // through the node's parameter events, the preferences reach the settings file, and the input
 // window tells what it can adjust.
-#include "JackServer.h"
 #include "WindowFixture.h"
 #include "WindowMessages.h"
 
@@ -209,20 +208,7 @@ TEST_F(WindowTest, WithoutALiveInputTheInputWindowSaysSoAndOpensOnce) {
     EXPECT_EQ(Win().InputWindowOpen(), nullptr);
 }
 
-class InputWindowOnJack : public WindowTest {
-protected:
-    void SetUp() override {
-        ASSERT_TRUE(server_.Ready()) << "jackd -d dummy did not start";
-        WindowTest::SetUp();
-    }
-    WindowOptions Options() const override {
-        WindowOptions options = WindowTest::Options();
-        options.audio.jack = true;
-        options.audio.jackServer = server_.Name();
-        return options;
-    }
-    JackServer server_;
-};
+using InputWindowOnJack = JackWindowTest;
 
 TEST_F(InputWindowOnJack, ShowsWhichCapturePortsFeedTheInputAndChangesThem) {
     Win().MessageReceived(Message(kInputWindow));

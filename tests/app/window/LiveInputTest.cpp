@@ -1,25 +1,10 @@
 // The window on a real JACK server (dummy backend): the live input is the source from the
 // start, and the oscilloscope shows what it captures.
-#include "JackServer.h"
 #include "WindowFixture.h"
 
 namespace vocato::test {
 
-class LiveInputWindow : public WindowTest {
-protected:
-    void SetUp() override {
-        ASSERT_TRUE(server_.Ready()) << "jackd -d dummy did not start";
-        WindowTest::SetUp();
-    }
-    WindowOptions Options() const override {
-        WindowOptions options = WindowTest::Options();
-        options.audio.jack = true;
-        options.audio.jackServer = server_.Name();
-        return options;
-    }
-
-    JackServer server_;
-};
+using LiveInputWindow = JackWindowTest;
 
 TEST_F(LiveInputWindow, TheLiveInputRunsFromTheStartAndTheOscilloscopeDrawsIt) {
     const app::ProducerConnector& connector = Win().Session().Connector();

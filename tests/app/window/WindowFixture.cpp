@@ -26,6 +26,18 @@ WindowOptions WindowTest::Options() const {
     return options;
 }
 
+void JackWindowTest::SetUp() {
+    ASSERT_TRUE(server_.Ready()) << "jackd -d dummy did not start";
+    WindowTest::SetUp();
+}
+
+WindowOptions JackWindowTest::Options() const {
+    WindowOptions options = WindowTest::Options();
+    options.audio.jack = true;
+    options.audio.jackServer = server_.Name();
+    return options;
+}
+
 void WindowTest::TearDown() {
     // A set-up that stopped early (no JACK server) made no application.
     if (app_ != nullptr) {

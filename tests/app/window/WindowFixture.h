@@ -2,6 +2,7 @@
 // fresh settings store per test, and helpers to read the panel from screenshots.
 #pragma once
 
+#include "JackServer.h"
 #include "NodeHarnessApp.h"
 #include "Preferences.h"
 
@@ -36,6 +37,15 @@ protected:
     std::unique_ptr<NodeHarnessApp> app_;
     QImage skin_;
     std::vector<QImage> litKeys_; // octave by octave, C to B, on the skin
+};
+
+// The same on a private JACK server (dummy backend): the live input is there from the start.
+class JackWindowTest : public WindowTest {
+protected:
+    void SetUp() override;
+    WindowOptions Options() const override;
+
+    JackServer server_;
 };
 
 } // namespace vocato::test
