@@ -9,8 +9,9 @@ namespace {
 // left of the old note disturbs it.
 constexpr double kResidualClarity = 0.75;
 // And it must carry a real share of the sound: a well cancelled steady note leaves less than
-// -15 dB; a new note rising under a released one passes -8 dB within a few periods.
-constexpr double kResidualShare = 0.15;
+// -15 dB, so -11 dB is already something new; a note rising under a released one gets there
+// within a few periods of its attack, well before it outweighs the old one.
+constexpr double kResidualShare = 0.08;
 // Pitches closer than this (semitones) count as the same note.
 constexpr double kSameNote = 0.75;
 // Two notes this close (semitones) beat within one analysis window: their mixture shows one

@@ -125,4 +125,25 @@ TEST(PreciseTracking, NoteReleasedIntoTheNextIsFollowedThroughTheMixture) {
     }
 }
 
+// A slow attack (a bowed string, a choir) under the release of the note before: the new note
+// must be named by the time it draws level with the old one, not once it outweighs it.
+TEST(PreciseTracking, SlowAttackUnderAReleaseIsFoundByTheTimeItDrawsLevel) {
+    for (auto [from, to] : {std::pair{57, 60}, std::pair{64, 62}, std::pair{50, 55}}) {
+        const std::vector<int16_t> old = Harmonic(from, 1.0, -8), next = Harmonic(to, 0.6, -8);
+        const size_t change = static_cast<size_t>(0.4 * 44100);
+        std::vector<int16_t> mixture(change + next.size());
+        for (size_t i = 0; i < mixture.size(); ++i) {
+            // The old note fades with a 100 ms time constant; the new one rises over 80 ms and
+            // reaches the old one's level after 40 ms.
+            const double t = (double(i) - double(change)) / 44100;
+            const double oldPart = t < 0 ? 1.0 : std::exp(-t / 0.1);
+            const double newPart = t < 0 ? 0.0 : std::min(1.0, t / 0.08);
+            mixture[i] = Saturate(oldPart * old[i] + (t < 0 ? 0.0 : newPart * next[i - change]));
+        }
+        const TrackRun run = Track(*MakeTracker(), Concat({mixture, Silence(0.1)}));
+        ASSERT_EQ(run.NoteNumbers(), (std::vector<int>{from, to})) << from << " to " << to;
+        EXPECT_LT(run.notes[1].onFrame * 16 / 44100.0 - 0.4, 0.045) << from << " to " << to;
+    }
+}
+
 } // namespace
