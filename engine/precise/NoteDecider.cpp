@@ -172,7 +172,7 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     }
     if (settled && f.release) {
         const int released = note_;
-        EndNote(out);
+        EndNote(out, KeepCandidate::Yes);
         releasedNote_ = released;
         return;
     }
@@ -189,7 +189,7 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     if (interrupted_) {
         // The new attack gets its own confirmation, like any note from silence.
         const int interrupted = note_;
-        EndNote(out);
+        EndNote(out, KeepCandidate::Yes);
         interruptedNote_ = interrupted;
         DecideIdle(s, f, pitch, out);
         return;
@@ -316,7 +316,7 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
     noteVelocity_ = out->velocity;
 }
 
-void NoteDecider::EndNote(WFETMidiOut* out) noexcept
+void NoteDecider::EndNote(WFETMidiOut* out, KeepCandidate keep) noexcept
 {
     ringingFrequency_ = replacedFrequency_ > 0.0 ? replacedFrequency_ : soundingFrequency_;
     replacedFrequency_ = 0.0;
@@ -325,7 +325,11 @@ void NoteDecider::EndNote(WFETMidiOut* out) noexcept
     sounding_ = false;
     interrupted_ = false;
     gapSamples_ = 0;
-    ClearCandidate();
+    // A note that ends because the next one breaks in or is released into it hands on the
+    // confirmation that next note has already built up while it sounded.
+    if (keep == KeepCandidate::No || candidate_ == note_) {
+        ClearCandidate();
+    }
 }
 
 void NoteDecider::WriteBendAndExpression(const PreciseSettings& s, const FrameFeatures& f, double pitch,

@@ -53,7 +53,8 @@ private:
     void ClearCandidate() noexcept;
     void TrackCandidate(int nearest, double pitch, uint32_t samples, uint32_t patience) noexcept;
     void StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept;
-    void EndNote(WFETMidiOut* out) noexcept;
+    enum class KeepCandidate { No, Yes };
+    void EndNote(WFETMidiOut* out, KeepCandidate keep = KeepCandidate::No) noexcept;
     void WriteBendAndExpression(const PreciseSettings& s, const FrameFeatures& f, double pitch,
                                 WFETMidiOut* out) noexcept;
 
