@@ -50,7 +50,11 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
     // anything less periodic than what is left with the old note cancelled.
     const bool ownIsOld = view.frequency <= 0.0 || Semitones(view.frequency, cancelled) < kSameNote;
     const bool ownIsCommon = view.frequency > 0.0 && WholeRatio(residual / view.frequency);
-    if (!ownIsOld && !ownIsCommon && view.clarity >= view.residualClarity) {
+    // Two notes this close beat, and their mixture repeats at a period between the two that
+    // moves as they beat; its periodicity says nothing against the new note.
+    const bool ownIsBlend = view.frequency > 0.0 && Semitones(residual, cancelled) < kBlendSpan &&
+                            (view.frequency - residual) * (view.frequency - cancelled) < 0.0;
+    if (!ownIsOld && !ownIsCommon && !ownIsBlend && view.clarity >= view.residualClarity) {
         return view;
     }
     MixtureView chosen = view;

@@ -3,8 +3,9 @@
 // The input's own periodicity answers for the dominant sound. While the last note still rings
 // (it is sounding, or its release has not died away), the analysis also looks at the input
 // with that note cancelled. When the cancelled input holds a strong periodic sound of another
-// pitch, and the input's own estimate is either still the old note or a common sub-harmonic of
-// old and new (the period of the mixture), the new sound is the one to follow.
+// pitch, and the input's own estimate is still the old note, a common sub-harmonic of old and
+// new (the period of the mixture) or, for close notes, a pitch between the two (their blend),
+// the new sound is the one to follow.
 //
 // Thread contract: a pure function; audio thread safe.
 #pragma once
