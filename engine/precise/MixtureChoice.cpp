@@ -30,7 +30,7 @@ bool WholeRatio(double ratio)
 
 } // namespace
 
-MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous) noexcept
+MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous, double previousNote) noexcept
 {
     if (cancelled <= 0.0 || view.residualFrequency <= 0.0 || view.residualClarity < kResidualClarity ||
         view.residualShare < kResidualShare) {
@@ -43,7 +43,7 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
         return other > 0.0 &&
                (Semitones(residual, other) < kSameNote || WholeRatio(residual / other) || WholeRatio(other / residual));
     };
-    if (related(cancelled) || related(previous)) {
+    if (related(cancelled) || related(previous) || related(previousNote)) {
         return view;
     }
     // The input's own estimate may still be the old note, a common sub-harmonic of both, or

@@ -20,9 +20,11 @@ struct MixtureView {
     double residualShare = 0.0; // power with the old note cancelled / power of the input
 };
 
-// The frequency and clarity to decide on; `cancelled` is the frequency being cancelled and
-// `previous` that of the note before, while it may still ring (0 for none).
-MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous) noexcept;
+// The frequency and clarity to decide on; `cancelled` is the frequency being cancelled,
+// `previous` the last pitch of the note before, while it may still ring, and `previousNote`
+// the pitch of that one's note number (0 for none): vibrato or the blend with the next note
+// may have left its last pitch well off the pitch its tail rings at.
+MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous, double previousNote) noexcept;
 
 enum class Hidden {
     No,

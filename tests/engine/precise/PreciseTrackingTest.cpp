@@ -125,6 +125,31 @@ TEST(PreciseTracking, NoteReleasedIntoTheNextIsFollowedThroughTheMixture) {
     }
 }
 
+// A sung note with vibrato, released into the next one a tone or two away: its tail fades
+// for a long while and beats with the new note, which must not bring the old one back.
+TEST(PreciseTracking, FadingTailOfAVibratoNoteDoesNotComeBack) {
+    for (double fade : {0.1, 0.2}) {
+        for (auto [from, to] : {std::pair{62, 64}, std::pair{57, 55}, std::pair{64, 62}}) {
+            const auto sung = [](int note, double seconds) {
+                return Render({.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = -8,
+                               .harmonics = {1, 0.5, 0.3}, .vibratoCents = 30, .vibratoHz = 5.5});
+            };
+            const std::vector<int16_t> old = sung(from, 1.0), next = sung(to, 0.6);
+            const size_t change = static_cast<size_t>(0.4 * 44100);
+            std::vector<int16_t> mixture(change + next.size());
+            for (size_t i = 0; i < mixture.size(); ++i) {
+                const double t = (double(i) - double(change)) / 44100;
+                const double oldPart = t < 0 ? 1.0 : std::exp(-t / fade);
+                const double newPart = t < 0 ? 0.0 : std::min(1.0, t / 0.06);
+                mixture[i] = Saturate(oldPart * old[i] + (t < 0 ? 0.0 : newPart * next[i - change]));
+            }
+            EXPECT_EQ(Track(*MakeTracker(), Concat({mixture, Silence(0.1)})).NoteNumbers(),
+                      (std::vector<int>{from, to}))
+                << from << " to " << to << ", fading by 1/e in " << fade << " s";
+        }
+    }
+}
+
 // A slow attack (a bowed string, a choir) under the release of the note before: the new note
 // must be named by the time it draws level with the old one, not once it outweighs it.
 TEST(PreciseTracking, SlowAttackUnderAReleaseIsFoundByTheTimeItDrawsLevel) {
