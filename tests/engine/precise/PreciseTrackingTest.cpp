@@ -89,6 +89,22 @@ TEST(PreciseTracking, BlownAttackInTheLowerOctaveSettlesOnTheNote) {
     EXPECT_LT(run.notes.back().onFrame * 16 / 44100.0, 0.05 + 0.03 + 0.03);
 }
 
+// The same high in the range, out of a legato step: the note that starts an octave low must
+// not stay there once the lower octave has gone.
+TEST(PreciseTracking, HighBlownNoteOutOfALegatoStepLeavesTheLowerOctave) {
+    const auto tone = [](int note, double seconds) {
+        return Render({.frequency = NoteFrequency(note), .seconds = seconds, .harmonics = {1, 0.3}});
+    };
+    for (int note : {81, 84, 88}) {
+        auto tracker = MakeTracker({.minNote = 60, .maxNote = 96});
+        const TrackRun run = Track(*tracker, Concat({tone(note - 4, 0.3), tone(note - 12, 0.04),
+                                                     tone(note, 0.5), Silence(0.1)}));
+        ASSERT_FALSE(run.notes.empty());
+        EXPECT_EQ(run.notes.back().note, note);
+        EXPECT_LT(run.notes.back().onFrame * 16 / 44100.0, 0.3 + 0.04 + 0.05) << note;
+    }
+}
+
 TEST(PreciseTracking, OctaveLeapsAndAPortamentoAreFollowedInOrder) {
     const auto leaps = Concat({Harmonic(50, 0.35), Harmonic(62, 0.35), Harmonic(50, 0.35),
                                Harmonic(62, 0.35), Silence(0.1)});
