@@ -6,8 +6,10 @@
 namespace vocato::precise {
 
 DifferenceBank::DifferenceBank()
-    : past_(2 * kRingSize, 0.0), pastByTwo_{std::vector<double>(kRingSize, 0.0), std::vector<double>(kRingSize, 0.0)},
-      energy_(kRingSize, 0), sums_(kMaxLag + 2, 0.0), window_(kMaxLag + 2, 1), normalised_(kMaxLag + 2, 0.0)
+    : past_(2 * kRingSize, 0.0),
+      pastByTwo_{std::vector<double>(kRingSize, 0.0), std::vector<double>(kRingSize, 0.0)},
+      energy_(kRingSize, 0), sums_(kMaxLag + 2, 0.0), window_(kMaxLag + 2, 1),
+      normalised_(kMaxLag + 2, 0.0)
 {
 }
 

@@ -194,7 +194,8 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     }
     gapSamples_ = 0;
     if (interrupted_) {
-        // The new attack gets its own confirmation, like any note from silence.
+        // The new attack gets its own confirmation, like any note from silence, with what the
+        // next note has built up of it already.
         const int interrupted = note_;
         EndNote(out, KeepCandidate::Yes);
         interruptedNote_ = interrupted;
@@ -254,7 +255,8 @@ void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& f
         previousFrequency_ = previousNominal_ = 0.0;
         releasedNote_ = -1;
     }
-    const bool sameCancelled = ringingFrequency_ > 0.0 && tailFrequency_ > 0.0 && SameNote(ringingFrequency_, tailFrequency_);
+    const bool sameCancelled =
+        ringingFrequency_ > 0.0 && tailFrequency_ > 0.0 && SameNote(ringingFrequency_, tailFrequency_);
     tailFloor_ = sameCancelled ? std::min(tailFloor_, frame.residualPower) : frame.residualPower;
     tailFrequency_ = ringingFrequency_;
 }
