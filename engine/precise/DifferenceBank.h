@@ -35,17 +35,26 @@ public:
 
     const double* Normalised() const noexcept { return normalised_.data(); }
     // Sample `back` samples before the newest (0 = newest), back < kRingSize.
-    double Sample(uint64_t back) const noexcept { return ring_[((count_ - 1 - back) & kMask) + kRingSize]; }
+    double Sample(uint64_t back) const noexcept { return past_[Newest(count_ - 1, kMask) + back]; }
     // Mean square of the newest `length` samples.
     double Power(uint64_t length) const noexcept;
     uint64_t Count() const noexcept { return count_; }
 
 private:
     static constexpr uint64_t kMask = kRingSize - 1;
+    static constexpr uint64_t kHalfMask = kRingSize / 2 - 1;
 
-    // Twice the ring, each sample written at i and i + kRingSize, so that the samples before
-    // the newest lie at contiguous, unmasked addresses.
-    std::vector<double> ring_;
+    // Where a ring that runs backwards puts sample `index`: the ones before it follow at
+    // rising addresses.
+    static uint64_t Newest(uint64_t index, uint64_t mask) noexcept { return mask - (index & mask); }
+
+    // The past in reverse, so that every lag's samples are read forwards and the loops over
+    // the lags vectorise: past_[Newest(t) + k] is the sample k before sample t. Each ring is
+    // stored twice in a row so that no read wraps around.
+    std::vector<double> past_;
+    // The same for every other sample, one ring per parity of the sample index: the sample
+    // two lags back of every lag, read forwards too.
+    std::vector<double> pastByTwo_[2];
     std::vector<uint64_t> energy_; // running sum of squares up to each ring index (mod 2^64)
     std::vector<double> sums_;
     std::vector<int32_t> window_;

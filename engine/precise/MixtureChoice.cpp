@@ -9,8 +9,9 @@ namespace {
 // left of the old note disturbs it.
 constexpr double kResidualClarity = 0.75;
 // And it must carry a real share of the sound: a well cancelled steady note leaves less than
-// -15 dB; a new note rising under a released one passes -8 dB within a few periods.
-constexpr double kResidualShare = 0.15;
+// -15 dB, so -11 dB is already something new; a note rising under a released one gets there
+// within a few periods of its attack, well before it outweighs the old one.
+constexpr double kResidualShare = 0.08;
 // Pitches closer than this (semitones) count as the same note.
 constexpr double kSameNote = 0.75;
 // Two notes this close (semitones) beat within one analysis window: their mixture shows one
@@ -29,7 +30,7 @@ bool WholeRatio(double ratio)
 
 } // namespace
 
-MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous) noexcept
+MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous, double previousNote) noexcept
 {
     if (cancelled <= 0.0 || view.residualFrequency <= 0.0 || view.residualClarity < kResidualClarity ||
         view.residualShare < kResidualShare) {
@@ -42,14 +43,18 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
         return other > 0.0 &&
                (Semitones(residual, other) < kSameNote || WholeRatio(residual / other) || WholeRatio(other / residual));
     };
-    if (related(cancelled) || related(previous)) {
+    if (related(cancelled) || related(previous) || related(previousNote)) {
         return view;
     }
     // The input's own estimate may still be the old note, a common sub-harmonic of both, or
     // anything less periodic than what is left with the old note cancelled.
     const bool ownIsOld = view.frequency <= 0.0 || Semitones(view.frequency, cancelled) < kSameNote;
     const bool ownIsCommon = view.frequency > 0.0 && WholeRatio(residual / view.frequency);
-    if (!ownIsOld && !ownIsCommon && view.clarity >= view.residualClarity) {
+    // Two notes this close beat, and their mixture repeats at a period between the two that
+    // moves as they beat; its periodicity says nothing against the new note.
+    const bool ownIsBlend = view.frequency > 0.0 && Semitones(residual, cancelled) < kBlendSpan &&
+                            (view.frequency - residual) * (view.frequency - cancelled) < 0.0;
+    if (!ownIsOld && !ownIsCommon && !ownIsBlend && view.clarity >= view.residualClarity) {
         return view;
     }
     MixtureView chosen = view;

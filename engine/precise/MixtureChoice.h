@@ -3,8 +3,9 @@
 // The input's own periodicity answers for the dominant sound. While the last note still rings
 // (it is sounding, or its release has not died away), the analysis also looks at the input
 // with that note cancelled. When the cancelled input holds a strong periodic sound of another
-// pitch, and the input's own estimate is either still the old note or a common sub-harmonic of
-// old and new (the period of the mixture), the new sound is the one to follow.
+// pitch, and the input's own estimate is still the old note, a common sub-harmonic of old and
+// new (the period of the mixture) or, for close notes, a pitch between the two (their blend),
+// the new sound is the one to follow.
 //
 // Thread contract: a pure function; audio thread safe.
 #pragma once
@@ -19,9 +20,11 @@ struct MixtureView {
     double residualShare = 0.0; // power with the old note cancelled / power of the input
 };
 
-// The frequency and clarity to decide on; `cancelled` is the frequency being cancelled and
-// `previous` that of the note before, while it may still ring (0 for none).
-MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous) noexcept;
+// The frequency and clarity to decide on; `cancelled` is the frequency being cancelled,
+// `previous` the last pitch of the note before, while it may still ring, and `previousNote`
+// the pitch of that one's note number (0 for none): vibrato or the blend with the next note
+// may have left its last pitch well off the pitch its tail rings at.
+MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous, double previousNote) noexcept;
 
 enum class Hidden {
     No,

@@ -62,6 +62,10 @@ constexpr double kHiddenSeconds = 0.03;
 constexpr double kSubharmonicSeconds = 0.15;
 // The replaced note no longer rings once the input is this clearly the new note.
 constexpr double kClearlyNew = 0.95;
+// With the sounding note cancelled, the pitch of the note before is that one's tail until what
+// is left has grown this much (6 dB) above its lowest since: a released note only fades, and
+// the beating of its tail with the next note must not bring it back.
+constexpr double kRegrowth = 4.0;
 // Pitches closer than this (semitones) belong to the same note.
 constexpr double kSameNote = 0.75;
 // A note that is less than perfectly periodic is an ensemble (voices beating against each
@@ -75,6 +79,8 @@ double PitchOf(double frequency, double refPitch)
 }
 
 int Nearest(double pitch) { return static_cast<int>(std::floor(pitch + 0.5)); }
+
+bool SameNote(double a, double b) { return std::abs(12.0 * std::log2(a / b)) < kSameNote; }
 
 uint32_t Samples(double seconds, double rate) { return static_cast<uint32_t>(seconds * rate); }
 
@@ -101,7 +107,8 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
     out->noteOn = -1;
     const MixtureView chosen = ChooseSource({frame.frequency, frame.clarity, frame.residualFrequency,
                                              frame.residualClarity, frame.residualShare},
-                                            ringingFrequency_, previousFrequency_);
+                                            ringingFrequency_, previousFrequency_,
+                                            TailRegrows(frame) ? 0.0 : previousNominal_);
     FrameFeatures f = frame;
     f.frequency = chosen.frequency;
     f.clarity = chosen.clarity;
@@ -172,7 +179,7 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     }
     if (settled && f.release) {
         const int released = note_;
-        EndNote(out);
+        EndNote(out, KeepCandidate::Yes);
         releasedNote_ = released;
         return;
     }
@@ -187,9 +194,10 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     }
     gapSamples_ = 0;
     if (interrupted_) {
-        // The new attack gets its own confirmation, like any note from silence.
+        // The new attack gets its own confirmation, like any note from silence, with what the
+        // next note has built up of it already.
         const int interrupted = note_;
-        EndNote(out);
+        EndNote(out, KeepCandidate::Yes);
         interruptedNote_ = interrupted;
         DecideIdle(s, f, pitch, out);
         return;
@@ -222,6 +230,11 @@ double NoteDecider::LevelMarginDb() const noexcept
     return ringingFrequency_ > 0.0 ? kUnclearMarginDb * std::max(0.0, 1.0 - noteClarity_) : 0.0;
 }
 
+bool NoteDecider::TailRegrows(const FrameFeatures& f) const noexcept
+{
+    return f.residualPower >= kRegrowth * tailFloor_;
+}
+
 void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& frame) noexcept
 {
     // The analysis cancels the note that dominates the input: the replaced note while it still
@@ -239,9 +252,13 @@ void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& f
         ringingFrequency_ = 0.0;
     }
     if (!ringing) {
-        previousFrequency_ = 0.0;
+        previousFrequency_ = previousNominal_ = 0.0;
         releasedNote_ = -1;
     }
+    const bool sameCancelled =
+        ringingFrequency_ > 0.0 && tailFrequency_ > 0.0 && SameNote(ringingFrequency_, tailFrequency_);
+    tailFloor_ = sameCancelled ? std::min(tailFloor_, frame.residualPower) : frame.residualPower;
+    tailFrequency_ = ringingFrequency_;
 }
 
 void NoteDecider::ClearCandidate() noexcept
@@ -286,6 +303,9 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
             ? ringingFrequency_
             : 0.0;
     previousFrequency_ = replacedFrequency_;
+    // Vibrato, a scoop or the blend with this note may have pulled that one's last pitch
+    // halfway to a neighbour; its own note tells what its tail will sound like.
+    previousNominal_ = replacedFrequency_ > 0.0 ? s.refPitch * std::exp2((note_ - 69) / 12.0) : 0.0;
     ringSamples_ = 0;
     interruptedNote_ = -1;
     releasedNote_ = -1;
@@ -316,7 +336,7 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
     noteVelocity_ = out->velocity;
 }
 
-void NoteDecider::EndNote(WFETMidiOut* out) noexcept
+void NoteDecider::EndNote(WFETMidiOut* out, KeepCandidate keep) noexcept
 {
     ringingFrequency_ = replacedFrequency_ > 0.0 ? replacedFrequency_ : soundingFrequency_;
     replacedFrequency_ = 0.0;
@@ -325,7 +345,11 @@ void NoteDecider::EndNote(WFETMidiOut* out) noexcept
     sounding_ = false;
     interrupted_ = false;
     gapSamples_ = 0;
-    ClearCandidate();
+    // A note that ends because the next one breaks in or is released into it hands on the
+    // confirmation that next note has already built up while it sounded.
+    if (keep == KeepCandidate::No || candidate_ == note_) {
+        ClearCandidate();
+    }
 }
 
 void NoteDecider::WriteBendAndExpression(const PreciseSettings& s, const FrameFeatures& f, double pitch,

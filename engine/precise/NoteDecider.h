@@ -26,6 +26,7 @@ struct FrameFeatures {
     double residualFrequency = 0.0; // with the ringing note cancelled, see MixtureChoice.h
     double residualClarity = 0.0;
     double residualShare = 0.0;
+    double residualPower = 0.0; // 16-bit scale
     bool fromResidual = false; // set by the decision when it follows the residual
     double level = 0.0;     // peak envelope, 16-bit scale
     bool attack = false;
@@ -51,9 +52,13 @@ private:
     void DecideSounding(const PreciseSettings& s, const FrameFeatures& f, double pitch, WFETMidiOut* out) noexcept;
     void FollowRinging(const PreciseSettings& s, const FrameFeatures& frame) noexcept;
     void ClearCandidate() noexcept;
+    // Whether what is left with the ringing note cancelled grows again: the note before that
+    // one struck anew, not its fading tail.
+    bool TailRegrows(const FrameFeatures& f) const noexcept;
     void TrackCandidate(int nearest, double pitch, uint32_t samples, uint32_t patience) noexcept;
     void StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept;
-    void EndNote(WFETMidiOut* out) noexcept;
+    enum class KeepCandidate { No, Yes };
+    void EndNote(WFETMidiOut* out, KeepCandidate keep = KeepCandidate::No) noexcept;
     void WriteBendAndExpression(const PreciseSettings& s, const FrameFeatures& f, double pitch,
                                 WFETMidiOut* out) noexcept;
 
@@ -78,8 +83,13 @@ private:
     double ringingFrequency_ = 0.0;  // cancelled by the analysis
     double replacedFrequency_ = 0.0; // the note the sounding one replaced, while it dominates
     double previousFrequency_ = 0.0; // that note, while it may still ring at all
+    double previousNominal_ = 0.0;   // the same, at the pitch of its note number
     uint32_t ringSamples_ = 0;       // since the last note started or ended
     uint32_t hiddenSamples_ = 0;     // of frames in a row that a mixture hid
+    // The lowest power left with the note `tailFrequency_` cancelled since the analysis began
+    // to cancel it: the tail of the note before that one, while it still rings.
+    double tailFloor_ = 0.0;
+    double tailFrequency_ = 0.0;
 };
 
 } // namespace vocato::precise

@@ -247,9 +247,13 @@ int PeriodicityAnalyzer::ChooseLag(const double* n, int count, double preferredL
     if (kept == 0 || std::abs(std::log2(double(chosenLag) / kept)) <= 0.5) {
         return chosenLag;
     }
-    const double keptValue = InterpolatedPeak(n, kept).value;
-    const bool octaveUp = std::abs(2.0 * chosenLag / kept - 1.0) < kOctaveTolerance;
-    if (octaveUp && InterpolatedPeak(n, chosenLag).value >= keptValue - kOctaveMargin) {
+    // Compared at their interpolated lags: a short period spans a dozen samples or fewer, and
+    // one sample more or less is already several per cent.
+    const Peak keptPeak = InterpolatedPeak(n, kept);
+    const Peak chosenPeak = InterpolatedPeak(n, chosenLag);
+    const double keptValue = keptPeak.value;
+    const bool octaveUp = std::abs(2.0 * chosenPeak.lag / keptPeak.lag - 1.0) < kOctaveTolerance;
+    if (octaveUp && chosenPeak.value >= keptValue - kOctaveMargin) {
         return chosenLag;
     }
     return keptValue >= kKeepFactor * best ? kept : chosenLag;

@@ -51,9 +51,11 @@ void PreciseTracker::Calc(WFETMidiOut* out) noexcept
     frame.clarity = estimate.clarity;
     frame.residualFrequency = residual.frequency;
     frame.residualClarity = residual.clarity;
+    // Over one period of what remains (5 ms without one), which has no ripple within it.
+    const double residualSpan = residual.frequency > 0.0 ? 1.0 / residual.frequency : 0.005;
+    frame.residualPower = periodicity_.RecentResidualPower(residualSpan);
     if (residual.frequency > 0.0) {
-        const double span = 1.0 / residual.frequency;
-        frame.residualShare = periodicity_.RecentResidualPower(span) / std::max(1e-9, periodicity_.RecentPower(span));
+        frame.residualShare = frame.residualPower / std::max(1e-9, periodicity_.RecentPower(residualSpan));
     }
     frame.level = level_.Peak();
     // One period of the estimate (or 5 ms without one) is the span of the attack detector.

@@ -89,6 +89,22 @@ TEST(PreciseTracking, BlownAttackInTheLowerOctaveSettlesOnTheNote) {
     EXPECT_LT(run.notes.back().onFrame * 16 / 44100.0, 0.05 + 0.03 + 0.03);
 }
 
+// The same high in the range, out of a legato step: the note that starts an octave low must
+// not stay there once the lower octave has gone.
+TEST(PreciseTracking, HighBlownNoteOutOfALegatoStepLeavesTheLowerOctave) {
+    const auto tone = [](int note, double seconds) {
+        return Render({.frequency = NoteFrequency(note), .seconds = seconds, .harmonics = {1, 0.3}});
+    };
+    for (int note : {81, 84, 88}) {
+        auto tracker = MakeTracker({.minNote = 60, .maxNote = 96});
+        const TrackRun run = Track(*tracker, Concat({tone(note - 4, 0.3), tone(note - 12, 0.04),
+                                                     tone(note, 0.5), Silence(0.1)}));
+        ASSERT_FALSE(run.notes.empty());
+        EXPECT_EQ(run.notes.back().note, note);
+        EXPECT_LT(run.notes.back().onFrame * 16 / 44100.0, 0.3 + 0.04 + 0.05) << note;
+    }
+}
+
 TEST(PreciseTracking, OctaveLeapsAndAPortamentoAreFollowedInOrder) {
     const auto leaps = Concat({Harmonic(50, 0.35), Harmonic(62, 0.35), Harmonic(50, 0.35),
                                Harmonic(62, 0.35), Silence(0.1)});
@@ -122,6 +138,52 @@ TEST(PreciseTracking, NoteReleasedIntoTheNextIsFollowedThroughTheMixture) {
         const TrackRun run = Track(*MakeTracker(), Concat({mixture, Silence(0.1)}));
         ASSERT_EQ(run.NoteNumbers(), (std::vector<int>{from, to})) << from << " to " << to;
         EXPECT_LT(run.notes[1].onFrame * 16 / 44100.0 - 0.4, 0.04) << from << " to " << to;
+    }
+}
+
+// A sung note with vibrato, released into the next one a tone or two away: its tail fades
+// for a long while and beats with the new note, which must not bring the old one back.
+TEST(PreciseTracking, FadingTailOfAVibratoNoteDoesNotComeBack) {
+    for (double fade : {0.1, 0.2}) {
+        for (auto [from, to] : {std::pair{62, 64}, std::pair{57, 55}, std::pair{64, 62}}) {
+            const auto sung = [](int note, double seconds) {
+                return Render({.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = -8,
+                               .harmonics = {1, 0.5, 0.3}, .vibratoCents = 30, .vibratoHz = 5.5});
+            };
+            const std::vector<int16_t> old = sung(from, 1.0), next = sung(to, 0.6);
+            const size_t change = static_cast<size_t>(0.4 * 44100);
+            std::vector<int16_t> mixture(change + next.size());
+            for (size_t i = 0; i < mixture.size(); ++i) {
+                const double t = (double(i) - double(change)) / 44100;
+                const double oldPart = t < 0 ? 1.0 : std::exp(-t / fade);
+                const double newPart = t < 0 ? 0.0 : std::min(1.0, t / 0.06);
+                mixture[i] = Saturate(oldPart * old[i] + (t < 0 ? 0.0 : newPart * next[i - change]));
+            }
+            EXPECT_EQ(Track(*MakeTracker(), Concat({mixture, Silence(0.1)})).NoteNumbers(),
+                      (std::vector<int>{from, to}))
+                << from << " to " << to << ", fading by 1/e in " << fade << " s";
+        }
+    }
+}
+
+// A slow attack (a bowed string, a choir) under the release of the note before: the new note
+// must be named by the time it draws level with the old one, not once it outweighs it.
+TEST(PreciseTracking, SlowAttackUnderAReleaseIsFoundByTheTimeItDrawsLevel) {
+    for (auto [from, to] : {std::pair{57, 60}, std::pair{64, 62}, std::pair{50, 55}}) {
+        const std::vector<int16_t> old = Harmonic(from, 1.0, -8), next = Harmonic(to, 0.6, -8);
+        const size_t change = static_cast<size_t>(0.4 * 44100);
+        std::vector<int16_t> mixture(change + next.size());
+        for (size_t i = 0; i < mixture.size(); ++i) {
+            // The old note fades with a 100 ms time constant; the new one rises over 80 ms and
+            // reaches the old one's level after 40 ms.
+            const double t = (double(i) - double(change)) / 44100;
+            const double oldPart = t < 0 ? 1.0 : std::exp(-t / 0.1);
+            const double newPart = t < 0 ? 0.0 : std::min(1.0, t / 0.08);
+            mixture[i] = Saturate(oldPart * old[i] + (t < 0 ? 0.0 : newPart * next[i - change]));
+        }
+        const TrackRun run = Track(*MakeTracker(), Concat({mixture, Silence(0.1)}));
+        ASSERT_EQ(run.NoteNumbers(), (std::vector<int>{from, to})) << from << " to " << to;
+        EXPECT_LT(run.notes[1].onFrame * 16 / 44100.0 - 0.4, 0.045) << from << " to " << to;
     }
 }
 
