@@ -79,7 +79,10 @@ HardwarePrefView::HardwarePrefView(QWidget* parent, Handler* menuTarget) : QWidg
     SetTargetForItems(portMenu, menuTarget);
     portField_ = new ui::MenuField(QStringLiteral("Midi Port"), portMenu, this);
     portField_->setObjectName(QStringLiteral("Midi Port"));
-    if (portMenu->isEmpty()) {
+    // A stored port that is not there now is kept, and the field says so.
+    if (portField_->Chosen().isEmpty() && !portName_.empty()) {
+        portField_->Button()->setText(QString::fromStdString(portName_) + " (not found now)");
+    } else if (portMenu->isEmpty()) {
         portField_->Button()->setText(QStringLiteral("(no MIDI input found)"));
     }
 
