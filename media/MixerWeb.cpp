@@ -26,18 +26,10 @@ void MixerWeb::AddElement(MixerElement& element) {
     std::vector<Parameter> parameters;
     AddVolume(element, MixerControl::PlaybackVolume, MixerControl::PlaybackDecibels,
               "Playback volume", parameters);
-    if (element.Has(MixerControl::PlaybackSwitch)) {
-        bindings_.push_back({&element, MixerControl::PlaybackSwitch});
-        parameters.push_back(
-            Parameter::Switch(static_cast<int32_t>(bindings_.size()), "Playback switch"));
-    }
+    AddSwitch(element, MixerControl::PlaybackSwitch, "Playback switch", parameters);
     AddVolume(element, MixerControl::CaptureVolume, MixerControl::CaptureDecibels, "Capture volume",
               parameters);
-    if (element.Has(MixerControl::CaptureSwitch)) {
-        bindings_.push_back({&element, MixerControl::CaptureSwitch});
-        parameters.push_back(
-            Parameter::Switch(static_cast<int32_t>(bindings_.size()), "Capture switch"));
-    }
+    AddSwitch(element, MixerControl::CaptureSwitch, "Capture switch", parameters);
     const std::vector<std::string> items = element.Items();
     if (element.Has(MixerControl::Item) && !items.empty()) {
         bindings_.push_back({&element, MixerControl::Item});
@@ -57,6 +49,14 @@ void MixerWeb::AddElement(MixerElement& element) {
         name += " " + std::to_string(element.Index());
     }
     AddGroup(std::move(name)).parameters = std::move(parameters);
+}
+
+void MixerWeb::AddSwitch(MixerElement& element, MixerControl control, const char* name,
+                         std::vector<Parameter>& parameters) {
+    if (element.Has(control)) {
+        bindings_.push_back({&element, control});
+        parameters.push_back(Parameter::Switch(static_cast<int32_t>(bindings_.size()), name));
+    }
 }
 
 void MixerWeb::AddVolume(MixerElement& element, MixerControl raw, MixerControl decibels,

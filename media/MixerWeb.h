@@ -26,6 +26,8 @@ private:
         MixerControl control;
     };
     void AddElement(MixerElement& element);
+    void AddSwitch(MixerElement& element, MixerControl control, const char* name,
+                   std::vector<Parameter>& parameters);
     void AddVolume(MixerElement& element, MixerControl raw, MixerControl decibels, const char* name,
                    std::vector<Parameter>& parameters);
     const Binding* Bound(int32_t id) const;

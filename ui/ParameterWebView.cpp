@@ -46,10 +46,6 @@ int Decimals(const Parameter& p) {
     return p.step >= 0.1f ? 1 : 2;
 }
 
-QSlider* SliderBeside(const QWidget* spin) {
-    return spin->parentWidget()->findChild<QSlider*>(spin->objectName() + "-slider");
-}
-
 } // namespace
 
 QString ControlName(int32_t id) {
@@ -118,7 +114,7 @@ QWidget* ParameterWebView::MakeContinuous(const Parameter& parameter) {
         slider->setValue(TickOf(parameter, v));
         web_.SetValue(id, static_cast<float>(v));
     });
-    controls_.push_back({&parameter, spin});
+    controls_.push_back({&parameter, spin, slider});
     return row;
 }
 
@@ -166,9 +162,8 @@ void ParameterWebView::Show(const Control& control, float value) {
     switch (control.parameter->kind) {
     case ParameterKind::Continuous: {
         static_cast<QDoubleSpinBox*>(control.widget)->setValue(value);
-        QSlider* slider = SliderBeside(control.widget);
-        const QSignalBlocker quietSlider(slider);
-        slider->setValue(TickOf(*control.parameter, value));
+        const QSignalBlocker quietSlider(control.slider);
+        control.slider->setValue(TickOf(*control.parameter, value));
         break;
     }
     case ParameterKind::Discrete: {

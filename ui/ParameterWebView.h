@@ -10,6 +10,8 @@
 #include "ParameterWeb.h"
 
 #include <QTimer>
+
+class QSlider;
 #include <QWidget>
 
 #include <vector>
@@ -36,6 +38,7 @@ private:
     struct Control {
         const media::Parameter* parameter;
         QWidget* widget;
+        QSlider* slider = nullptr; // beside a continuous value's number
         float shown = 0.0f;
         bool known = false;
     };
