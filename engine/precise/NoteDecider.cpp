@@ -72,6 +72,15 @@ constexpr double kSameNote = 0.75;
 // other), a breathy or noisy source: its level swells and sinks by several decibels without
 // any attack or release. The level events need that much more: 4 dB at a periodicity of 0.9.
 constexpr double kUnclearMarginDb = 40.0;
+// The start level keeps quiet sounds (bleed, a neighbour's instrument, the room) from starting
+// notes beside a performance. Quiet only means something next to the performance's own level:
+// a sound this far (20 dB) below the loudest clearly periodic sound heard lately is quiet, and
+// a performance that is quiet as a whole (a distant microphone, a low input gain) still starts
+// notes, down to a little (3 dB) above the hold level, the floor of everything.
+constexpr double kQuietRatio = 0.1;
+const double kStartAboveHold = std::sqrt(2.0);
+// How fast the memory of a loud passage fades, so a quiet passage long after it is heard again.
+constexpr double kLoudestFallDbPerSecond = 3.0;
 
 double PitchOf(double frequency, double refPitch)
 {
@@ -131,6 +140,7 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
         DecideIdle(s, f, pitch, out);
     }
     FollowRinging(s, frame);
+    FollowLoudest(s, frame);
     out->bend = std::clamp<int16_t>(out->bend, 0, 16383);
     out->expression = std::clamp<int16_t>(out->expression, 0, 127);
     out->velocity = std::clamp<int16_t>(out->velocity, 0, 127);
@@ -149,7 +159,7 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
     }
     // A residual has passed its own tests (MixtureChoice.h).
     const double clarity = f.fromResidual ? 0.0 : nearest == interruptedNote_ ? kRestrikeClarity : kStartClarity;
-    const bool voiced = f.frequency > 0.0 && f.clarity >= clarity && f.level > s.startLevel;
+    const bool voiced = f.frequency > 0.0 && f.clarity >= clarity && f.level > StartLevel(s);
     if (!voiced) {
         // An attack is noisy: a few unclear frames pause the confirmation, more restart it.
         candidateMisses_ += f.samples;
@@ -222,6 +232,18 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
         ClearCandidate();
     }
     WriteBendAndExpression(s, f, pitch, out);
+}
+
+double NoteDecider::StartLevel(const PreciseSettings& s) const noexcept
+{
+    return std::min(s.startLevel, std::max(s.holdLevel * kStartAboveHold, kQuietRatio * loudest_));
+}
+
+void NoteDecider::FollowLoudest(const PreciseSettings& s, const FrameFeatures& frame) noexcept
+{
+    const double fall = std::pow(10.0, -kLoudestFallDbPerSecond * frame.samples / s.sampleRate / 20.0);
+    const bool periodic = frame.frequency > 0.0 && frame.clarity >= kStartClarity;
+    loudest_ = std::max(periodic ? frame.level : 0.0, loudest_ * fall);
 }
 
 double NoteDecider::LevelMarginDb() const noexcept

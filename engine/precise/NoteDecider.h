@@ -51,6 +51,9 @@ private:
     void DecideIdle(const PreciseSettings& s, const FrameFeatures& f, double pitch, WFETMidiOut* out) noexcept;
     void DecideSounding(const PreciseSettings& s, const FrameFeatures& f, double pitch, WFETMidiOut* out) noexcept;
     void FollowRinging(const PreciseSettings& s, const FrameFeatures& frame) noexcept;
+    // The level a note must exceed to start: the start level, or less in a quiet performance.
+    double StartLevel(const PreciseSettings& s) const noexcept;
+    void FollowLoudest(const PreciseSettings& s, const FrameFeatures& frame) noexcept;
     void ClearCandidate() noexcept;
     // Whether what is left with the ringing note cancelled grows again: the note before that
     // one struck anew, not its fading tail.
@@ -90,6 +93,7 @@ private:
     // to cancel it: the tail of the note before that one, while it still rings.
     double tailFloor_ = 0.0;
     double tailFrequency_ = 0.0;
+    double loudest_ = 0.0; // peak level of the clearly periodic input lately, 16-bit scale
 };
 
 } // namespace vocato::precise

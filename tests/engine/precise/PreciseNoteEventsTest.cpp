@@ -56,14 +56,20 @@ TEST(PreciseNoteEvents, RepeatedNotesAreEachStruckAfterAGapOrOnALegatoAttack) {
     EXPECT_EQ(Track(*MakeTracker(), legato).NoteNumbers(), (std::vector<int>{62, 62, 62, 62}));
 }
 
-TEST(PreciseNoteEvents, SilenceNoiseAndAToneBelowTheStartLevelStartNothing) {
+TEST(PreciseNoteEvents, SilenceNoiseAndQuietTonesBesideAPerformanceStartNothing) {
     EXPECT_TRUE(Track(*MakeTracker(), Silence(1.0)).notes.empty());
     // Loud white noise is not periodic; quiet noise is also below the start level.
     for (double db : {-10.0, -20.0, -40.0}) {
         EXPECT_TRUE(Track(*MakeTracker(), AddNoise(Silence(1.0), db, 11)).notes.empty()) << db << " dB";
     }
-    const auto quiet = Render({.frequency = 220, .seconds = 0.5, .levelDb = -30});
-    EXPECT_TRUE(Track(*MakeTracker(), quiet).notes.empty());
+    // Start level -24 dB, hold level -36 dB. Below the hold level nothing ever starts; between
+    // the two, a tone starts a note only when it is the performance, not beside a louder one.
+    const auto belowHold = Render({.frequency = 220, .seconds = 0.5, .levelDb = -38});
+    EXPECT_TRUE(Track(*MakeTracker(), belowHold).notes.empty());
+    const auto quiet = Render({.frequency = 220, .seconds = 0.5, .levelDb = -31});
+    EXPECT_EQ(Track(*MakeTracker(), quiet).NoteNumbers(), std::vector<int>{57});
+    const auto besideLoud = Concat({Harmonic(64, 0.3, -4), Silence(0.5), quiet});
+    EXPECT_EQ(Track(*MakeTracker(), besideLoud).NoteNumbers(), std::vector<int>{64});
 }
 
 TEST(PreciseNoteEvents, NoteEndsSoonAfterTheSoundStopsOrAtItsRelease) {
