@@ -12,8 +12,9 @@
 // allocates.
 #pragma once
 
+#include <bit>
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 namespace vocato::precise {
 
@@ -22,7 +23,6 @@ public:
     // Capacity for the worst configuration the parameter codes allow: 200 kHz without
     // decimation and a lowest frequency of 14 Hz. Samples must stay within +-2^17, so that
     // every sum stays below 2^53.
-    static constexpr int kRingSize = 1 << 16;
     static constexpr int kMaxLag = 15000;
 
     DifferenceBank();
@@ -33,16 +33,19 @@ public:
     // Fills Normalised() for lags 1 .. maxLag + 1.
     void Normalise() noexcept;
 
-    const double* Normalised() const noexcept { return normalised_.data(); }
-    // Sample `back` samples before the newest (0 = newest), back < kRingSize.
-    double Sample(uint64_t back) const noexcept { return past_[Newest(count_ - 1, kMask) + back]; }
+    const double* Normalised() const noexcept { return normalised_.get(); }
+    // Sample `back` samples before the newest (0 = newest), back <= 2 * (maxLag + 1).
+    double Sample(uint64_t back) const noexcept { return past_[Newest(count_ - 1, mask_) + back]; }
     // Mean square of the newest `length` samples.
     double Power(uint64_t length) const noexcept;
     uint64_t Count() const noexcept { return count_; }
 
 private:
-    static constexpr uint64_t kMask = kRingSize - 1;
-    static constexpr uint64_t kHalfMask = kRingSize / 2 - 1;
+    // The rings are allocated for the largest lag but only as much of them is used as the
+    // configured lags need, a power of two; memory that is never used is never touched, so
+    // it costs neither the page faults nor the clearing.
+    static constexpr uint64_t kCapacity = uint64_t(1) << 16;
+    static_assert(std::bit_ceil(uint64_t(2 * (kMaxLag + 2)) + 256) <= kCapacity, "the rings hold the longest lags");
 
     // Where a ring that runs backwards puts sample `index`: the ones before it follow at
     // rising addresses.
@@ -51,14 +54,17 @@ private:
     // The past in reverse, so that every lag's samples are read forwards and the loops over
     // the lags vectorise: past_[Newest(t) + k] is the sample k before sample t. Each ring is
     // stored twice in a row so that no read wraps around.
-    std::vector<double> past_;
+    std::unique_ptr<double[]> past_;
     // The same for every other sample, one ring per parity of the sample index: the sample
     // two lags back of every lag, read forwards too.
-    std::vector<double> pastByTwo_[2];
-    std::vector<uint64_t> energy_; // running sum of squares up to each ring index (mod 2^64)
-    std::vector<double> sums_;
-    std::vector<int32_t> window_;
-    std::vector<double> normalised_;
+    std::unique_ptr<double[]> pastByTwo_[2];
+    std::unique_ptr<uint64_t[]> energy_; // running sum of squares up to each ring index (mod 2^64)
+    std::unique_ptr<double[]> sums_;
+    std::unique_ptr<int32_t[]> window_;
+    std::unique_ptr<double[]> normalised_;
+    uint64_t ringSize_ = 2;
+    uint64_t mask_ = 1;
+    uint64_t halfMask_ = 0;
     uint64_t count_ = 0;
     int maxLag_ = 2;
     int minWindow_ = 2;

@@ -7,7 +7,11 @@ namespace vocato::precise {
 namespace {
 
 constexpr int kMaxKeyMaxima = 512;
-constexpr uint64_t kFullRateMask = DifferenceBank::kRingSize - 1;
+// The full-rate input is kept twice over, the second copy right behind the first, so that any
+// recent stretch of it is contiguous and the refinement's loops need no wrap-around. It only
+// has to hold the refinement's window and lag: both are a few milliseconds at most.
+constexpr uint64_t kFullRateSize = 1 << 13;
+constexpr uint64_t kFullRateMask = kFullRateSize - 1;
 // Below MIDI note 11: the lowest frequency the capacity is sized for.
 constexpr double kLowestFrequency = 14.0;
 
@@ -53,7 +57,7 @@ constexpr int32_t kQuantLimit = 1 << 17;
 } // namespace
 
 PeriodicityAnalyzer::PeriodicityAnalyzer()
-    : keyMaxima_(kMaxKeyMaxima), fullRate_(DifferenceBank::kRingSize, 0.0f)
+    : keyMaxima_(kMaxKeyMaxima), fullRate_(2 * kFullRateSize, 0.0f)
 {
     Configure(44100.0, 55.0, 1760.0);
 }
@@ -108,7 +112,8 @@ void PeriodicityAnalyzer::Push(const int16_t* samples, uint32_t count) noexcept
         for (Biquad& section : lowPass_) {
             y = section.Run(y);
         }
-        fullRate_[fullCount_++ & kFullRateMask] = static_cast<float>(y);
+        const uint64_t at = fullCount_++ & kFullRateMask;
+        fullRate_[at] = fullRate_[at + kFullRateSize] = static_cast<float>(y);
         if (++phase_ < decimation_) {
             continue;
         }
@@ -259,33 +264,70 @@ int PeriodicityAnalyzer::ChooseLag(const double* n, int count, double preferredL
     return keptValue >= kKeepFactor * best ? kept : chosenLag;
 }
 
+const float* PeriodicityAnalyzer::FullRateSince(uint64_t samples) const noexcept
+{
+    return fullRate_.data() + ((fullCount_ - samples) & kFullRateMask);
+}
+
 double PeriodicityAnalyzer::FullRateNormalised(int lag) const noexcept
 {
     // One period, but at least a few milliseconds: a window that is not a whole number of
     // periods makes the estimate wobble, less so the more periods it holds.
     const uint64_t window = std::max<uint64_t>(uint64_t(lag), refineWindow_);
-    const float* y = fullRate_.data();
-    const uint64_t end = fullCount_;
-    double difference = 0.0;
-    double total = 0.0;
-    for (uint64_t j = end - window; j < end; ++j) {
-        const double a = y[j & kFullRateMask];
-        const double b = y[(j - lag) & kFullRateMask];
-        difference += (a - b) * (a - b);
-        total += a * a + b * b;
+    const float* y = FullRateSince(window + lag);
+    double newer = 0.0;
+    double older = 0.0;
+    double cross = 0.0;
+    for (uint64_t k = 0; k < window; ++k) {
+        const double a = y[k + lag];
+        const double b = y[k];
+        newer += a * a;
+        older += b * b;
+        cross += a * b;
     }
-    return total > 0.0 ? 1.0 - difference / total : 0.0;
+    // 1 - sum (a - b)^2 / sum (a^2 + b^2), written with the cross term.
+    return newer + older > 0.0 ? 2.0 * cross / (newer + older) : 0.0;
+}
+
+PeriodicityAnalyzer::Neighbours PeriodicityAnalyzer::FullRateNeighbours(int lag) const noexcept
+{
+    if (uint64_t(lag) + 1 > refineWindow_) {
+        return {FullRateNormalised(lag - 1), FullRateNormalised(lag), FullRateNormalised(lag + 1)};
+    }
+    // All three share the window and its newer half; the older halves are the same stretch
+    // shifted by one sample, so their energies follow from one another.
+    const uint64_t window = refineWindow_;
+    const float* y = FullRateSince(window + lag + 1);
+    double newer = 0.0;
+    double older = 0.0; // of the longest lag
+    double crossLonger = 0.0;
+    double crossLag = 0.0;
+    double crossShorter = 0.0;
+    for (uint64_t k = 0; k < window; ++k) {
+        const double a = y[k + lag + 1];
+        const double b = y[k];
+        newer += a * a;
+        older += b * b;
+        crossLonger += a * b;
+        crossLag += a * y[k + 1];
+        crossShorter += a * y[k + 2];
+    }
+    const auto square = [](double v) { return v * v; };
+    const double olderLag = older - square(y[0]) + square(y[window]);
+    const double olderShorter = olderLag - square(y[1]) + square(y[window + 1]);
+    const auto normalised = [newer](double cross, double olderEnergy) {
+        return newer + olderEnergy > 0.0 ? 2.0 * cross / (newer + olderEnergy) : 0.0;
+    };
+    return {normalised(crossShorter, olderShorter), normalised(crossLag, olderLag), normalised(crossLonger, older)};
 }
 
 double PeriodicityAnalyzer::RefineAtFullRate(double decimatedLag) const noexcept
 {
     // Climb to the nearest maximum from the decimated estimate; it lies within one decimated
     // sample, so at most `decimation_` steps either way.
-    const int limit = DifferenceBank::kRingSize / 4;
+    const int limit = static_cast<int>(kFullRateSize / 4);
     int lag = std::clamp(static_cast<int>(std::lround(decimatedLag * decimation_)), 2, limit);
-    double centre = FullRateNormalised(lag);
-    double below = FullRateNormalised(lag - 1);
-    double above = FullRateNormalised(lag + 1);
+    auto [below, centre, above] = FullRateNeighbours(lag);
     for (int step = 0; step < decimation_ && lag > 2 && lag < limit; ++step) {
         if (above > centre && above >= below) {
             below = centre;

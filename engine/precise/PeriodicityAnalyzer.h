@@ -76,13 +76,22 @@ private:
     bool Repeats(const double* n, const KeyMaximum& m, const LagRange& range) const noexcept;
     int FindKeyMaxima(const double* n, const LagRange& range) noexcept;
     int ChooseLag(const double* n, int count, double preferredLag, const LagRange& range) const noexcept;
+    struct Neighbours {
+        double below;
+        double centre;
+        double above;
+    };
+    // The last `samples` of the full-rate input, oldest first, contiguous.
+    const float* FullRateSince(uint64_t samples) const noexcept;
     double FullRateNormalised(int lag) const noexcept;
+    // The same at lag - 1, lag and lag + 1.
+    Neighbours FullRateNeighbours(int lag) const noexcept;
     double RefineAtFullRate(double decimatedLag) const noexcept;
 
     DifferenceBank signal_;
     DifferenceBank residual_;
     std::vector<KeyMaximum> keyMaxima_;
-    std::vector<float> fullRate_; // band-limited input before decimation
+    std::vector<float> fullRate_; // band-limited input before decimation, kept twice over
     uint64_t fullCount_ = 0;
     uint64_t refineWindow_ = 1;
 
