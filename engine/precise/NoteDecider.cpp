@@ -60,8 +60,11 @@ constexpr double kRingSeconds = 0.3;
 // frequent, so that one is doubted for longer.
 constexpr double kHiddenSeconds = 0.03;
 constexpr double kSubharmonicSeconds = 0.15;
-// The replaced note no longer rings once the input is this clearly the new note.
+// The replaced note no longer rings once the input is this clearly the new note: this
+// periodic, and within a quarter tone of its pitch (the blend of two notes a tone apart lies
+// a semitone from each).
 constexpr double kClearlyNew = 0.95;
+constexpr double kClearlyNewSpan = 0.5;
 // With the sounding note cancelled, the pitch of the note before is that one's tail until what
 // is left has grown this much (6 dB) above its lowest since: a released note only fades, and
 // the beating of its tail with the next note must not bring it back.
@@ -265,7 +268,7 @@ void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& f
     const bool ringing = ringSamples_ < Samples(kRingSeconds, s.sampleRate);
     if (sounding_) {
         const bool ownIsNew = frame.frequency > 0.0 && frame.clarity >= kClearlyNew &&
-                              std::abs(12.0 * std::log2(frame.frequency / soundingFrequency_)) < kSameNote;
+                              std::abs(12.0 * std::log2(frame.frequency / soundingFrequency_)) < kClearlyNewSpan;
         if (replacedFrequency_ > 0.0 && (ownIsNew || !ringing)) {
             replacedFrequency_ = 0.0;
         }

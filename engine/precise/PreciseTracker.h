@@ -35,6 +35,7 @@ private:
     uint32_t appliedGeometry_ = ~0u;
     uint32_t samplesSinceCalc_ = 0;
     uint64_t frameCount_ = 0;
+    PeriodEstimate estimate_;
     PeriodEstimate residual_;
 };
 
