@@ -4,12 +4,21 @@
 
 namespace vocato::media {
 
-Parameter Parameter::Continuous(int32_t id, std::string name, float minimum, float maximum,
-                                float step, std::string unit) {
+namespace {
+
+Parameter Named(int32_t id, ParameterKind kind, std::string name) {
     Parameter parameter;
     parameter.id = id;
-    parameter.kind = ParameterKind::Continuous;
+    parameter.kind = kind;
     parameter.name = std::move(name);
+    return parameter;
+}
+
+} // namespace
+
+Parameter Parameter::Continuous(int32_t id, std::string name, float minimum, float maximum,
+                                float step, std::string unit) {
+    Parameter parameter = Named(id, ParameterKind::Continuous, std::move(name));
     parameter.minimum = minimum;
     parameter.maximum = maximum;
     parameter.step = step;
@@ -18,18 +27,11 @@ Parameter Parameter::Continuous(int32_t id, std::string name, float minimum, flo
 }
 
 Parameter Parameter::Discrete(int32_t id, std::string name) {
-    Parameter parameter;
-    parameter.id = id;
-    parameter.kind = ParameterKind::Discrete;
-    parameter.name = std::move(name);
-    return parameter;
+    return Named(id, ParameterKind::Discrete, std::move(name));
 }
 
 Parameter Parameter::Switch(int32_t id, std::string name) {
-    Parameter parameter;
-    parameter.id = id;
-    parameter.kind = ParameterKind::Switch;
-    parameter.name = std::move(name);
+    Parameter parameter = Named(id, ParameterKind::Switch, std::move(name));
     parameter.maximum = 1.0f;
     parameter.step = 1.0f;
     return parameter;

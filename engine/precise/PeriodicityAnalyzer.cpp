@@ -54,6 +54,13 @@ constexpr double kRefineBelowLag = 40.0;
 constexpr double kQuantScale = 2.0;
 constexpr int32_t kQuantLimit = 1 << 17;
 
+// 1 - sum (a - b)^2 / sum (a^2 + b^2) over a window, from the energies of its newer half a and
+// older half b and their cross term.
+double NormalisedFromSums(double newer, double older, double cross)
+{
+    return newer + older > 0.0 ? 2.0 * cross / (newer + older) : 0.0;
+}
+
 } // namespace
 
 PeriodicityAnalyzer::PeriodicityAnalyzer()
@@ -285,8 +292,7 @@ double PeriodicityAnalyzer::FullRateNormalised(int lag) const noexcept
         older += b * b;
         cross += a * b;
     }
-    // 1 - sum (a - b)^2 / sum (a^2 + b^2), written with the cross term.
-    return newer + older > 0.0 ? 2.0 * cross / (newer + older) : 0.0;
+    return NormalisedFromSums(newer, older, cross);
 }
 
 PeriodicityAnalyzer::Neighbours PeriodicityAnalyzer::FullRateNeighbours(int lag) const noexcept
@@ -315,10 +321,8 @@ PeriodicityAnalyzer::Neighbours PeriodicityAnalyzer::FullRateNeighbours(int lag)
     const auto square = [](double v) { return v * v; };
     const double olderLag = older - square(y[0]) + square(y[window]);
     const double olderShorter = olderLag - square(y[1]) + square(y[window + 1]);
-    const auto normalised = [newer](double cross, double olderEnergy) {
-        return newer + olderEnergy > 0.0 ? 2.0 * cross / (newer + olderEnergy) : 0.0;
-    };
-    return {normalised(crossShorter, olderShorter), normalised(crossLag, olderLag), normalised(crossLonger, older)};
+    return {NormalisedFromSums(newer, olderShorter, crossShorter), NormalisedFromSums(newer, olderLag, crossLag),
+            NormalisedFromSums(newer, older, crossLonger)};
 }
 
 double PeriodicityAnalyzer::RefineAtFullRate(double decimatedLag) const noexcept

@@ -121,20 +121,27 @@ TEST(PreciseTracking, OctaveLeapsAndAPortamentoAreFollowedInOrder) {
     EXPECT_TRUE(std::is_sorted(notes.begin(), notes.end()));
 }
 
+// `old` sounds alone for 0.4 s, then fades by 1/e every `fadeSeconds` while `next` rises
+// linearly to full level over `riseSeconds`; the result lasts until `next` ends.
+std::vector<int16_t> ReleasedInto(const std::vector<int16_t>& old, const std::vector<int16_t>& next,
+                                  double fadeSeconds, double riseSeconds) {
+    const size_t change = static_cast<size_t>(0.4 * 44100);
+    std::vector<int16_t> mixture(change + next.size());
+    for (size_t i = 0; i < mixture.size(); ++i) {
+        const double t = (double(i) - double(change)) / 44100;
+        const double oldPart = i < old.size() ? (t < 0 ? 1.0 : std::exp(-t / fadeSeconds)) * old[i] : 0;
+        mixture[i] = Saturate(oldPart + (t < 0 ? 0.0 : std::min(1.0, t / riseSeconds) * next[i - change]));
+    }
+    return mixture;
+}
+
 // A released note rings on under the next one: the mixture of a fourth is periodic in their
 // common period, two octaves below the old note, which must not become a note; the new note
 // must be found while the old one still rings.
 TEST(PreciseTracking, NoteReleasedIntoTheNextIsFollowedThroughTheMixture) {
     for (auto [from, to] : {std::pair{55, 60}, std::pair{60, 55}, std::pair{57, 59}}) {
-        const std::vector<int16_t> old = Harmonic(from, 0.7, -8), next = Harmonic(to, 0.5, -8);
-        const size_t change = static_cast<size_t>(0.4 * 44100);
-        std::vector<int16_t> mixture(change + next.size());
-        for (size_t i = 0; i < mixture.size(); ++i) {
-            // The old note decays with a 100 ms time constant; the new one rises in 30 ms.
-            const double t = (double(i) - double(change)) / 44100;
-            const double oldPart = i < old.size() ? (t < 0 ? 1.0 : std::exp(-t / 0.1)) * old[i] : 0;
-            mixture[i] = Saturate(oldPart + (t < 0 ? 0.0 : std::min(1.0, t / 0.03) * next[i - change]));
-        }
+        // The old note decays with a 100 ms time constant; the new one rises in 30 ms.
+        const auto mixture = ReleasedInto(Harmonic(from, 0.7, -8), Harmonic(to, 0.5, -8), 0.1, 0.03);
         const TrackRun run = Track(*MakeTracker(), Concat({mixture, Silence(0.1)}));
         ASSERT_EQ(run.NoteNumbers(), (std::vector<int>{from, to})) << from << " to " << to;
         EXPECT_LT(run.notes[1].onFrame * 16 / 44100.0 - 0.4, 0.04) << from << " to " << to;
@@ -150,15 +157,7 @@ TEST(PreciseTracking, FadingTailOfAVibratoNoteDoesNotComeBack) {
                 return Render({.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = -8,
                                .harmonics = {1, 0.5, 0.3}, .vibratoCents = 30, .vibratoHz = 5.5});
             };
-            const std::vector<int16_t> old = sung(from, 1.0), next = sung(to, 0.6);
-            const size_t change = static_cast<size_t>(0.4 * 44100);
-            std::vector<int16_t> mixture(change + next.size());
-            for (size_t i = 0; i < mixture.size(); ++i) {
-                const double t = (double(i) - double(change)) / 44100;
-                const double oldPart = t < 0 ? 1.0 : std::exp(-t / fade);
-                const double newPart = t < 0 ? 0.0 : std::min(1.0, t / 0.06);
-                mixture[i] = Saturate(oldPart * old[i] + (t < 0 ? 0.0 : newPart * next[i - change]));
-            }
+            const auto mixture = ReleasedInto(sung(from, 1.0), sung(to, 0.6), fade, 0.06);
             EXPECT_EQ(Track(*MakeTracker(), Concat({mixture, Silence(0.1)})).NoteNumbers(),
                       (std::vector<int>{from, to}))
                 << from << " to " << to << ", fading by 1/e in " << fade << " s";
@@ -170,17 +169,9 @@ TEST(PreciseTracking, FadingTailOfAVibratoNoteDoesNotComeBack) {
 // must be named by the time it draws level with the old one, not once it outweighs it.
 TEST(PreciseTracking, SlowAttackUnderAReleaseIsFoundByTheTimeItDrawsLevel) {
     for (auto [from, to] : {std::pair{57, 60}, std::pair{64, 62}, std::pair{50, 55}}) {
-        const std::vector<int16_t> old = Harmonic(from, 1.0, -8), next = Harmonic(to, 0.6, -8);
-        const size_t change = static_cast<size_t>(0.4 * 44100);
-        std::vector<int16_t> mixture(change + next.size());
-        for (size_t i = 0; i < mixture.size(); ++i) {
-            // The old note fades with a 100 ms time constant; the new one rises over 80 ms and
-            // reaches the old one's level after 40 ms.
-            const double t = (double(i) - double(change)) / 44100;
-            const double oldPart = t < 0 ? 1.0 : std::exp(-t / 0.1);
-            const double newPart = t < 0 ? 0.0 : std::min(1.0, t / 0.08);
-            mixture[i] = Saturate(oldPart * old[i] + (t < 0 ? 0.0 : newPart * next[i - change]));
-        }
+        // The old note fades with a 100 ms time constant; the new one rises over 80 ms and
+        // reaches the old one's level after 40 ms.
+        const auto mixture = ReleasedInto(Harmonic(from, 1.0, -8), Harmonic(to, 0.6, -8), 0.1, 0.08);
         const TrackRun run = Track(*MakeTracker(), Concat({mixture, Silence(0.1)}));
         ASSERT_EQ(run.NoteNumbers(), (std::vector<int>{from, to})) << from << " to " << to;
         EXPECT_LT(run.notes[1].onFrame * 16 / 44100.0 - 0.4, 0.045) << from << " to " << to;
