@@ -17,6 +17,10 @@ constexpr double kSameNote = 0.75;
 // Two notes this close (semitones) beat within one analysis window: their mixture shows one
 // period between the two.
 constexpr double kBlendSpan = 2.5;
+// A blend lies between the two notes, and the input with the old one cancelled shows the new
+// one: where that agrees with the input's own estimate to within a quarter tone, the estimate
+// is the new note and no blend.
+constexpr double kAgreeSpan = 0.5;
 // Frequency ratios within this relative distance of a whole number count as harmonic.
 constexpr double kHarmonicTolerance = 0.03;
 
@@ -63,8 +67,9 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
     return chosen;
 }
 
-Hidden HiddenByMixture(double own, double sounding, double replaced, double cancelled) noexcept
+Hidden HiddenByMixture(const MixtureView& view, double sounding, double replaced, double cancelled) noexcept
 {
+    const double own = view.frequency;
     if (own <= 0.0) {
         return Hidden::No;
     }
@@ -75,7 +80,11 @@ Hidden HiddenByMixture(double own, double sounding, double replaced, double canc
         return Hidden::ByNeighbour;
     }
     const double fromCancelled = cancelled > 0.0 ? Semitones(own, cancelled) : 0.0;
-    return fromCancelled >= kSameNote && fromCancelled < kBlendSpan ? Hidden::ByNeighbour : Hidden::No;
+    const bool residualAgrees = view.residualFrequency > 0.0 && view.residualClarity >= kResidualClarity &&
+                                view.residualShare >= kResidualShare &&
+                                Semitones(view.residualFrequency, own) < kAgreeSpan;
+    return fromCancelled >= kSameNote && fromCancelled < kBlendSpan && !residualAgrees ? Hidden::ByNeighbour
+                                                                                        : Hidden::No;
 }
 
 } // namespace vocato::precise

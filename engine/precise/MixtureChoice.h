@@ -36,8 +36,8 @@ enum class Hidden {
     BySubharmonic,
 };
 
-// Whether the input's own estimate `own`, taken while `sounding` sounds, more likely shows a
-// mixture than a new note. Such a frame says nothing about the next note.
-Hidden HiddenByMixture(double own, double sounding, double replaced, double cancelled) noexcept;
+// Whether the input's own estimate (`view.frequency`), taken while `sounding` sounds, more
+// likely shows a mixture than a new note. Such a frame says nothing about the next note.
+Hidden HiddenByMixture(const MixtureView& view, double sounding, double replaced, double cancelled) noexcept;
 
 } // namespace vocato::precise

@@ -117,9 +117,9 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
 {
     out->noteOff = -1;
     out->noteOn = -1;
-    const MixtureView chosen = ChooseSource({frame.frequency, frame.clarity, frame.residualFrequency,
-                                             frame.residualClarity, frame.residualShare},
-                                            ringingFrequency_, previousFrequency_,
+    const MixtureView view{frame.frequency, frame.clarity, frame.residualFrequency, frame.residualClarity,
+                           frame.residualShare};
+    const MixtureView chosen = ChooseSource(view, ringingFrequency_, previousFrequency_,
                                             TailRegrows(frame) ? 0.0 : previousNominal_);
     FrameFeatures f = frame;
     f.frequency = chosen.frequency;
@@ -130,8 +130,8 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
         // While a mixture hides what comes next, a frame says nothing about it; but a mixture
         // that lasts is what the input is, and the own estimate counts again.
         const Hidden hidden = f.fromResidual ? Hidden::No
-                                             : HiddenByMixture(f.frequency, soundingFrequency_,
-                                                               replacedFrequency_, ringingFrequency_);
+                                             : HiddenByMixture(view, soundingFrequency_, replacedFrequency_,
+                                                               ringingFrequency_);
         hiddenSamples_ = hidden != Hidden::No ? hiddenSamples_ + f.samples : 0;
         const double patience = hidden == Hidden::BySubharmonic ? kSubharmonicSeconds : kHiddenSeconds;
         if (hidden != Hidden::No && hiddenSamples_ < Samples(patience, s.sampleRate)) {
