@@ -10,7 +10,6 @@
 #include "AudioThread.h"
 
 #include <gtest/gtest.h>
-#include <sndfile.h>
 
 #include <chrono>
 #include <memory>
@@ -66,8 +65,7 @@ TEST(RealTimeSafety, TheJackProcessThreadStaysCleanWhileVocatoSingsPlaysAndChang
 TEST(RealTimeSafety, WithoutLiveInputASoundFilePlaysInRealTimeOnACleanThread) {
     TempDir dir;
     const std::string path = dir.File("melody.wav");
-    WriteSoundFile(path, {Melody().begin(), Melody().begin() + 44100}, 44100, 1,
-                   SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    WriteSoundFile(path, {Melody().begin(), Melody().begin() + 44100});
     KeptAlerts alerts;
     app::LiveSettings settings;
     settings.audio.jack = settings.audio.synth = false;
