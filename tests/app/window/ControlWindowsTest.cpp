@@ -114,11 +114,7 @@ TEST_F(ConverterControls, ChangesGoThroughTheNodesEventsAndItsAnswersComeBack) {
 TEST_F(WindowTest, ParametersOpensOnePreferencesWindowWithTheDefaults) {
     Win().MessageReceived(Message(kParameters));
     Win().MessageReceived(Message(kParameters));
-    int windows = 0;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        windows += qobject_cast<PrefWindow*>(widget) != nullptr && widget->isVisible();
-    }
-    EXPECT_EQ(windows, 1);
+    EXPECT_EQ(VisibleWindows<PrefWindow>().size(), 1u);
     auto* window = static_cast<PrefWindow*>(Win().PrefWindowOpen());
     EXPECT_EQ(window->windowTitle(), "Setting...");
     HardwarePrefView* view = window->HardwareView();
@@ -232,13 +228,9 @@ TEST(ControlPanelRole, ACardThatDoesNotExistIsReportedInAnAlertAndGetsNoWindow) 
     MediaNodeControlApp panel(99, alert);
     EXPECT_FALSE(panel.Opened());
     EXPECT_EQ(panel.Show(), nullptr);
-    QMessageBox* box = nullptr;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (auto* found = qobject_cast<QMessageBox*>(widget); found && found->isVisible()) {
-            box = found;
-        }
-    }
-    ASSERT_NE(box, nullptr);
+    const auto boxes = VisibleWindows<QMessageBox>();
+    ASSERT_EQ(boxes.size(), 1u);
+    QMessageBox* box = boxes[0];
     EXPECT_EQ(box->windowTitle(), "error");
     EXPECT_TRUE(box->text().startsWith("MediaNodeControlApp: couldn't find node (99):\n"))
         << box->text().toStdString();

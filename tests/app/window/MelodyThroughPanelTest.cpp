@@ -124,13 +124,9 @@ TEST_F(MelodyThroughPanel, AnExportThatCannotBeWrittenSaysSoAndLeavesNoFile) {
     save.AddString("name", "melody.mid");
     app_->MessageReceived(save);
     Wait(20);
-    QMessageBox* shown = nullptr;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (auto* box = qobject_cast<QMessageBox*>(widget); box != nullptr && box->isVisible()) {
-            shown = box;
-        }
-    }
-    ASSERT_NE(shown, nullptr) << "the user is told";
+    const auto boxes = VisibleWindows<QMessageBox>();
+    ASSERT_EQ(boxes.size(), 1u) << "the user is told";
+    QMessageBox* shown = boxes[0];
     SaveScreenshot(*shown, "export-error");
     EXPECT_FALSE(shown->text().isEmpty());
     EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(dir_.File("no-such-folder/melody.mid"))));

@@ -188,15 +188,7 @@ TEST_F(WindowTest, ClosingTheWindowLeavesItsValuesAndTheTrackerInTheSettings) {
 }
 
 TEST_F(WindowTest, EachAboutRequestOpensABoxOfItsOwn) {
-    auto boxes = [] {
-        std::vector<ui::AboutWin*> found;
-        for (QWidget* widget : QApplication::topLevelWidgets()) {
-            if (auto* about = qobject_cast<ui::AboutWin*>(widget); about && about->isVisible()) {
-                found.push_back(about);
-            }
-        }
-        return found;
-    };
+    const auto boxes = VisibleWindows<ui::AboutWin>;
     EXPECT_TRUE(boxes().empty()) << "the splash is gone once the window is up";
     Win().MessageReceived(Message(kAboutRequested));
     Win().MessageReceived(Message(kAboutRequested));
