@@ -41,7 +41,7 @@ TEST(Connection, ProgramAndStartAnnounceOnChannelOneAndStopSilences) {
     rig.sink.Clear();
     rig.Set(PARAM_PROGRAM, 20);
     EXPECT_EQ(rig.sink.sent.back(), midi::ProgramChange(1, 20));
-    EXPECT_EQ(rig.Get<int32_t>(PARAM_PROGRAM), 20);
+    EXPECT_EQ(rig.Get(PARAM_PROGRAM), 20);
     rig.sink.Clear();
     rig.node->Start(0);
     const auto& started = rig.sink.sent;

@@ -1,5 +1,6 @@
 // The node thread never allocates: ten seconds of audio through the real engine, a preset
 // change and a parameter change, with every operator new counted.
+#include "CountingNew.h"
 #include "Fixtures.h"
 #include "NodeRig.h"
 
@@ -7,38 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cmath>
-#include <cstdlib>
-#include <new>
-
-namespace {
-
-std::atomic<bool> counting{false};
-std::atomic<size_t> allocations{0};
-
-} // namespace
-
-void* operator new(size_t size) {
-    if (counting.load(std::memory_order_relaxed)) {
-        allocations.fetch_add(1, std::memory_order_relaxed);
-    }
-    if (void* p = std::malloc(size == 0 ? 1 : size)) {
-        return p;
-    }
-    throw std::bad_alloc();
-}
-
-void operator delete(void* p) noexcept {
-    std::free(p);
-}
-// GCC does not see that the replaced operator new above pairs malloc with this free.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-void operator delete(void* p, size_t) noexcept {
-    std::free(p);
-}
-#pragma GCC diagnostic pop
 
 TEST(NodeThread, TenSecondsOfAudioAndAPresetChangeAllocateNothing) {
     using namespace vocato;
@@ -55,7 +25,7 @@ TEST(NodeThread, TenSecondsOfAudioAndAPresetChangeAllocateNothing) {
     const float transpose = 2.0f;
     rig.node->SetParameterValue(PARAM_PRESET, rig.clock.NowMicros(), &preset, 4);
 
-    counting.store(true);
+    test::StartCountingAllocations();
     for (size_t buffer = 0; buffer < 10 * 44100 / 512; ++buffer) {
         for (size_t i = 0; i < 512; ++i) {
             const size_t at = (buffer * 512 + i) % (2 * tone.size());
@@ -70,9 +40,7 @@ TEST(NodeThread, TenSecondsOfAudioAndAPresetChangeAllocateNothing) {
         b.sizeUsed = stereo.size() * 2;
         rig.node->BufferReceived(b);
     }
-    counting.store(false);
-
-    EXPECT_EQ(allocations.load(), 0u);
-    EXPECT_EQ(rig.Get<int32_t>(PARAM_PRESET), 3);
+    EXPECT_EQ(test::StopCountingAllocations(), 0u);
+    EXPECT_EQ(rig.Get(PARAM_PRESET), 3);
     EXPECT_GT(rig.window.recording.Kept()->CountEvents(), kOpeningEvents + 20);
 }

@@ -3,6 +3,7 @@
 // real audio cannot steer to the unit, and logs the configuration the node feeds it.
 #pragma once
 
+#include "NodeAccess.h"
 #include "VocatoNode.h"
 
 #include "MidiSink.h"
@@ -67,19 +68,6 @@ struct CapturingSink final : media::MidiSink {
     std::vector<uint32_t> stamps;
 };
 
-inline media::MediaInput ConnectAudio(VocatoNode& node, uint32_t channels, double rate) {
-    int32_t cookie = 0;
-    media::MediaInput input;
-    node.GetNextInput(&cookie, &input);
-    media::MediaFormat format;
-    format.type = media::MediaType::RawAudio;
-    format.raw.channelCount = channels;
-    format.raw.frameRate = rate;
-    format.raw.bufferSize = 4096;
-    node.Connected({1, 1}, input.destination, format, &input);
-    return input;
-}
-
 struct RigSetup {
     int8_t channel = 1;
     bool window = true;
@@ -117,13 +105,7 @@ struct NodeRig {
         node->SetParameterValue(id, clock.NowMicros(), &v, 4);
         node->RunEvents();
     }
-    template <typename T = float> T Get(int32_t id) const {
-        int64_t when = 0;
-        T v{};
-        size_t size = 4;
-        node->GetParameterValue(id, &when, &v, &size);
-        return v;
-    }
+    float Get(int32_t id) const { return ParameterValue(*node, id); }
     int64_t When(int32_t id) const {
         int64_t when = 0;
         int32_t v = 0;

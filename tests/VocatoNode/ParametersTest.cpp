@@ -177,7 +177,7 @@ TEST(Presets, AnUnknownNumberKeepsEveryValueButStillRestartsTheEngineWithTheSwit
         EXPECT_EQ(rig.Get(PARAM_MIDI_MIN), 55.0f);
         EXPECT_EQ(rig.Get(PARAM_LEVEL_CEIL_DB), -3.0f);
         EXPECT_EQ(rig.Get(PARAM_TRANSPOSE), 2.0f);
-        EXPECT_EQ(rig.Get<int32_t>(PARAM_PROGRAM), 40);
+        EXPECT_EQ(rig.Get(PARAM_PROGRAM), 40);
     }
 }
 

@@ -7,19 +7,15 @@
 #include <filesystem>
 #include <fstream>
 #include <sndfile.h>
-#include <sys/wait.h>
 
+using vocato::test::KeysOf;
 using vocato::test::Note;
+using vocato::test::ReadFile;
 using vocato::test::ReadMidiWithMido;
 using vocato::test::TempDir;
 using vocato::test::WriteSoundFile;
 
 namespace {
-
-std::string Slurp(const std::string& path) {
-    std::ifstream in(path);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
 
 struct Outcome {
     int status;
@@ -28,10 +24,9 @@ struct Outcome {
 };
 
 Outcome Vocato(const std::string& arguments, const TempDir& dir) {
-    const std::string out = dir.File("stdout.txt");
     const std::string err = dir.File("stderr.txt");
-    const int raw = std::system((VOCATO_EXE " " + arguments + " >" + out + " 2>" + err).c_str());
-    return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, Slurp(out), Slurp(err)};
+    const auto run = vocato::test::RunCommand(VOCATO_EXE " " + arguments + " 2>" + err);
+    return {run.status, run.out, ReadFile(err)};
 }
 
 // A4 in the first channel; every other channel carries a different pitch.
@@ -47,27 +42,13 @@ std::string Tone(const TempDir& dir, const std::string& name, int rate, int chan
     return dir.File(name);
 }
 
-// Keys of the channel messages with status `nibble` in mido's lines ("ticks hexbytes"), in
-// file order; note-ons with velocity 0 are left out.
-std::vector<int> Keys(const std::vector<std::string>& lines, char nibble) {
-    std::vector<int> keys;
-    for (const std::string& line : lines) {
-        const std::string bytes = line.substr(line.find(' ') + 1);
-        if (bytes.size() == 6 && bytes[0] == nibble && !(nibble == '9' && bytes.substr(4) == "00")) {
-            keys.push_back(std::stoi(bytes.substr(2, 2), nullptr, 16));
-        }
-    }
-    return keys;
-}
-
 } // namespace
 
 TEST(ConvertCommand, AMelodyBecomesAMidiFileThatOpensWithProgramAndBendRange) {
     TempDir dir;
     const std::vector<Note> melody = {{72, 0.3, 0.6}, {76, 0.75, 1.05}, {79, 1.2, 1.5}};
     const std::string in = dir.File("melody.wav");
-    WriteSoundFile(in, vocato::test::RenderMelody(melody, 68, 44100), 44100, 1,
-                   SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    WriteSoundFile(in, vocato::test::RenderMelody(melody, 68, 44100));
     const std::string out = dir.File("melody.mid");
     const Outcome run = Vocato("convert " + in + " -o " + out +
                                    " --preset 19 --program 68 --channel 2 --bend-range 12 --quiet",
@@ -79,13 +60,13 @@ TEST(ConvertCommand, AMelodyBecomesAMidiFileThatOpensWithProgramAndBendRange) {
     EXPECT_EQ(std::vector<std::string>(lines.begin(), lines.begin() + 8),
               (std::vector<std::string>{"0 500", "0 meta set_tempo 500000", "0 c144", "0 b16500",
                                         "0 b16400", "0 b1060c", "0 b12600", "0 b10b7f"}));
-    const std::vector<int> keys = Keys(lines, '9');
+    const std::vector<int> keys = KeysOf(lines, '9');
     auto at = keys.begin();
     for (const Note& n : melody) {
         at = std::find(at, keys.end(), n.key);
         EXPECT_NE(at, keys.end()) << "note " << n.key << " missing";
     }
-    EXPECT_EQ(Keys(lines, '8').size(), keys.size()) << "every note is ended";
+    EXPECT_EQ(KeysOf(lines, '8').size(), keys.size()) << "every note is ended";
 }
 
 TEST(ConvertCommand, TheToneInTheFirstChannelAtAnyRateOrLayoutIsOneA4ClosedAtTheEnd) {
@@ -106,7 +87,7 @@ TEST(ConvertCommand, TheToneInTheFirstChannelAtAnyRateOrLayoutIsOneA4ClosedAtThe
         EXPECT_NE(run.out.find(std::string(c.name) + ".snd: 1 note in 1.0 s of audio"),
                   std::string::npos) << run.out;
         const auto lines = ReadMidiWithMido(dir.File("out.mid"));
-        EXPECT_EQ(Keys(lines, '9'), std::vector<int>{69}) << c.name;
+        EXPECT_EQ(KeysOf(lines, '9'), std::vector<int>{69}) << c.name;
         ASSERT_GE(lines.size(), 2u);
         EXPECT_EQ(lines[lines.size() - 2], "1000 804500") << c.name;
     }
@@ -115,13 +96,12 @@ TEST(ConvertCommand, TheToneInTheFirstChannelAtAnyRateOrLayoutIsOneA4ClosedAtThe
 TEST(ConvertCommand, TheTrackerOptionChoosesWhichTrackerDecides) {
     TempDir dir;
     const std::string in = dir.File("melody.wav");
-    WriteSoundFile(in, vocato::test::RenderMelody({{60, 0.3, 0.5}, {60, 0.52, 0.8}, {67, 0.9, 1.3}}, 71, 44100),
-                   44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    WriteSoundFile(in, vocato::test::RenderMelody({{60, 0.3, 0.5}, {60, 0.52, 0.8}, {67, 0.9, 1.3}}, 71, 44100));
     auto convert = [&](const std::string& tracker) {
         const std::string out = dir.File(tracker + ".mid");
         const std::string option = tracker.empty() ? "" : " --tracker " + tracker;
         EXPECT_EQ(Vocato("convert " + in + " -o " + out + option + " --quiet", dir).status, 0);
-        return Slurp(out);
+        return ReadFile(out);
     };
     const std::string classic = convert("classic");
     ASSERT_FALSE(classic.empty());
@@ -135,7 +115,7 @@ TEST(ConvertCommand, BadInputOutputOrOptionsGetAFailureStatusAndLeaveNoFileBehin
     std::ofstream(empty).close();
     const std::string text = dir.File("words.wav");
     std::ofstream(text) << "no audio in here, only words that go on for a while\n";
-    const std::string tone = Tone(dir, "whole.wav", 44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    const std::string tone = vocato::test::WriteTone(dir, "whole.wav", 1.0);
     const std::string cut = dir.File("cut.wav");
     std::filesystem::copy_file(tone, cut);
     std::filesystem::resize_file(cut, 30);
@@ -159,7 +139,7 @@ TEST(ConvertCommand, BadInputOutputOrOptionsGetAFailureStatusAndLeaveNoFileBehin
     }
     refused(tone, dir.File("no/such/dir/x.mid"), dir.File("no/such/dir/x.mid"));
     refused(dir.File("missing.wav"), kept, dir.File("missing.wav"));
-    EXPECT_EQ(Slurp(kept), "earlier");
+    EXPECT_EQ(ReadFile(kept), "earlier");
     EXPECT_NE(Vocato("convert " + tone + " -o " + out + " --preset 21", dir).status, 0);
     EXPECT_NE(Vocato("convert " + tone, dir).status, 0) << "no output named";
     EXPECT_NE(Vocato("convert " + tone + " -o " + out + " --tracker fast", dir).status, 0);

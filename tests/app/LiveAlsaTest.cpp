@@ -1,8 +1,6 @@
 // The path without a JACK server: ALSA capture on its own thread and the synthesizer through
 // FluidSynth's ALSA driver. No sound card exists here, so both ALSA devices are alsa-lib's
 // JACK plugin (package libasound2-plugins) wired to a private JACK server's test clients.
-#include "JackServer.h"
-#include "JackTestClients.h"
 #include "LiveTestSupport.h"
 
 #include <alsa/asoundlib.h>

@@ -1,12 +1,8 @@
 // Vocato on a private JACK server: a player sings the melody into its input, a recorder
 // listens to its MIDI and synthesizer ports.
-#include "JackServer.h"
-#include "JackTestClients.h"
 #include "LiveTestSupport.h"
 
 #include "NodeParameters.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <csignal>
@@ -52,46 +48,6 @@ size_t Count(const std::string& text, const std::string& what) {
     }
     return n;
 }
-
-class LiveJack : public ::testing::Test {
-protected:
-    // `midiPort`: the stored MIDI port, which Vocato connects itself; else the test does.
-    void StartVocato(bool synth, const std::string& midiPort = "") {
-        ASSERT_TRUE(server.Ready()) << "jackd (package jackd2) did not start";
-        OpenClients();
-        app::LiveSettings settings = JackOnlySettings(synth);
-        settings.midiPort = midiPort;
-        session = std::make_unique<app::LiveSession>(settings, alerts);
-        ASSERT_TRUE(session->Start(report)) << report;
-        ASSERT_EQ(session->Audio().Active(), app::LiveAudio::Backend::Jack) << report;
-        ConnectClients(midiPort.empty());
-    }
-    void OpenClients() {
-        player = std::make_unique<PlayerClient>("player", Melody());
-        recorder = std::make_unique<RecorderClient>("recorder", 44100 * 6);
-    }
-    void ConnectClients(bool midi) {
-        ASSERT_TRUE(player->Ok() && recorder->Ok());
-        media::JackClient& jack = *session->Audio().Jack();
-        ASSERT_TRUE(player->ConnectTo(jack.InputPortName()));
-        ASSERT_TRUE(!midi || recorder->Connect(jack.MidiPortName(), recorder->MidiPort()));
-        ASSERT_TRUE(recorder->Connect(jack.LeftPortName(), recorder->AudioPort()));
-    }
-    bool SingToEnd() {
-        player->Play();
-        return Wait([this] { return player->Done(); }, 10.0);
-    }
-    bool Wait(const std::function<bool()>& done, double seconds = 5.0, std::FILE* err = stderr) {
-        return WaitFor(done, seconds, [&] { session->Tick(stdout, err); });
-    }
-
-    JackServer server;
-    KeptAlerts alerts;
-    std::string report;
-    std::unique_ptr<PlayerClient> player;
-    std::unique_ptr<RecorderClient> recorder;
-    std::unique_ptr<app::LiveSession> session;
-};
 
 TEST_F(LiveJack, TheLiveInputFeedsTheNodeAMissingMidiPortIsReportedAndAFileChosenLaterWaits) {
     testing::internal::CaptureStdout();

@@ -1,9 +1,8 @@
 #include "LiveTestSupport.h"
 
 #include "MidiSink.h"
+#include "NodeAccess.h"
 #include "VocatoNode.h"
-
-#include <sndfile.h>
 
 #include <algorithm>
 #include <cmath>
@@ -40,14 +39,7 @@ std::vector<Decision> OfflineNoteOns(const std::vector<float>& signal, uint32_t 
     NoteOnCollector collector(node);
     node.AddMidiOutput(&collector);
     node.NodeRegistered();
-    int32_t cookie = 0;
-    media::MediaInput input;
-    node.GetNextInput(&cookie, &input);
-    media::MediaFormat format;
-    format.type = media::MediaType::RawAudio;
-    format.raw.frameRate = 44100.0;
-    format.raw.channelCount = 1;
-    node.Connected(media::MediaSource{0, 0}, input.destination, format, &input);
+    ConnectAudio(node, 1, 44100.0);
     node.Start(0);
     std::vector<int16_t> samples(period);
     for (size_t at = 0; at + period <= signal.size(); at += period) {
@@ -62,12 +54,6 @@ std::vector<Decision> OfflineNoteOns(const std::vector<float>& signal, uint32_t 
         node.BufferReceived(buffer);
     }
     return collector.decisions;
-}
-
-std::string WriteTone(const TempDir& dir, const std::string& name, double seconds) {
-    WriteSoundFile(dir.File(name), Sine(440.0, 44100.0, seconds), 44100, 1,
-                   SF_FORMAT_WAV | SF_FORMAT_PCM_16);
-    return dir.File(name);
 }
 
 app::LiveSettings JackOnlySettings(bool synth) {

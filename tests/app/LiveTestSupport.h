@@ -1,12 +1,19 @@
 // What the live tests share: an alert that keeps its reports, the melody they sing into
-// Vocato, and where the node itself decides its notes when given the same audio offline.
+// Vocato, where the node itself decides its notes when given the same audio offline, and
+// Vocato on a private JACK server between a singing player and a recorder.
 #pragma once
 
 #include "LiveSession.h"
 
 #include "Alert.h"
 #include "Fixtures.h"
+#include "JackServer.h"
+#include "JackTestClients.h"
 
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -39,10 +46,50 @@ inline NodeOptions WithoutSynth() {
     return options;
 }
 
-// A 440 Hz sine as a 16-bit WAV file in `dir`; its path.
-std::string WriteTone(const TempDir& dir, const std::string& name, double seconds);
-
 // Settings for a session on the test's JACK server only (no ALSA fallback).
 app::LiveSettings JackOnlySettings(bool synth);
+
+// Vocato on a private JACK server: a player sings into its input, a recorder listens to its
+// MIDI and synthesizer ports.
+class LiveJack : public ::testing::Test {
+protected:
+    // `midiPort`: the stored MIDI port, which Vocato connects itself; else the test does.
+    void StartVocato(bool synth, const std::string& midiPort = "") {
+        ASSERT_TRUE(server.Ready()) << "jackd (package jackd2) did not start";
+        OpenClients();
+        app::LiveSettings settings = JackOnlySettings(synth);
+        settings.midiPort = midiPort;
+        session = std::make_unique<app::LiveSession>(settings, alerts);
+        ASSERT_TRUE(session->Start(report)) << report;
+        ASSERT_EQ(session->Audio().Active(), app::LiveAudio::Backend::Jack) << report;
+        ConnectClients(midiPort.empty());
+    }
+    void OpenClients() {
+        player = std::make_unique<PlayerClient>("player", song);
+        recorder = std::make_unique<RecorderClient>("recorder", 44100 * 6);
+    }
+    void ConnectClients(bool midi) {
+        ASSERT_TRUE(player->Ok() && recorder->Ok());
+        media::JackClient& jack = *session->Audio().Jack();
+        ASSERT_TRUE(player->ConnectTo(jack.InputPortName()));
+        ASSERT_TRUE(!midi || recorder->Connect(jack.MidiPortName(), recorder->MidiPort()));
+        ASSERT_TRUE(recorder->Connect(jack.LeftPortName(), recorder->AudioPort()));
+    }
+    bool SingToEnd() {
+        player->Play();
+        return Wait([this] { return player->Done(); }, 10.0);
+    }
+    bool Wait(const std::function<bool()>& done, double seconds = 5.0, std::FILE* err = stderr) {
+        return WaitFor(done, seconds, [&] { session->Tick(stdout, err); });
+    }
+
+    JackServer server;
+    std::vector<float> song = Melody(); // what the player sings
+    KeptAlerts alerts;
+    std::string report;
+    std::unique_ptr<PlayerClient> player;
+    std::unique_ptr<RecorderClient> recorder;
+    std::unique_ptr<app::LiveSession> session;
+};
 
 } // namespace vocato::test

@@ -1,7 +1,6 @@
 // The producer connection without a window: failure reports and their order, producers
 // released exactly once, and PlayWave / StopWave on a real sound-file producer. The live
 // input here has no audio system behind it, so it has no free output.
-#include "JackTestClients.h"
 #include "LiveTestSupport.h"
 
 #include "SoundFileProducer.h"

@@ -1,7 +1,5 @@
 // The audio threads never allocate, lock, sleep or print: every such call made inside a
 // marked stretch of a thread is counted by RealTimeWatch.
-#include "JackServer.h"
-#include "JackTestClients.h"
 #include "LiveTestSupport.h"
 #include "RealTimeWatch.h"
 
@@ -10,7 +8,6 @@
 #include "AudioThread.h"
 
 #include <gtest/gtest.h>
-#include <sndfile.h>
 
 #include <chrono>
 #include <memory>
@@ -35,29 +32,20 @@ TEST(RealTimeWatch, CountsAnAllocationAndALockOnAMarkedThreadOnly) {
     EXPECT_EQ(FirstViolation(), "malloc");
 }
 
-TEST(RealTimeSafety, TheJackProcessThreadStaysCleanWhileVocatoSingsPlaysAndChangesPreset) {
-    JackServer server;
-    ASSERT_TRUE(server.Ready());
-    KeptAlerts alerts;
-    PlayerClient player("player", Melody());
-    RecorderClient recorder("recorder", 44100 * 4);
-    app::LiveSession session(JackOnlySettings(true), alerts);
-    std::string report;
-    ASSERT_TRUE(session.Start(report)) << report;
-    ASSERT_TRUE(player.ConnectTo(session.Audio().Jack()->InputPortName()));
-    ASSERT_TRUE(recorder.Connect(session.Audio().Jack()->MidiPortName(), recorder.MidiPort()));
+using RealTimeSafetyOnJack = LiveJack;
+
+TEST_F(RealTimeSafetyOnJack, TheProcessThreadStaysCleanWhileVocatoSingsPlaysAndChangesPreset) {
+    StartVocato(true);
     ResetRealTimeViolations();
-
-    player.Play();
-    auto tick = [&] { session.Tick(stdout, stderr); };
-    ASSERT_TRUE(WaitFor([&] { return session.Router().SoundingNotes() > 0; }, 5.0, tick));
+    player->Play();
+    ASSERT_TRUE(Wait([this] { return session->Router().SoundingNotes() > 0; }));
     const int32_t preset = 2;
-    session.Node().SetParameterValue(PARAM_PRESET, session.Node().Clock().NowMicros(), &preset, 4);
-    ASSERT_TRUE(WaitFor([&] { return player.Done(); }, 10.0, tick));
-    session.Connector().StopNodes();
-    WaitFor([] { return false; }, 0.1, tick);
+    session->Node().SetParameterValue(PARAM_PRESET, session->Node().Clock().NowMicros(), &preset, 4);
+    ASSERT_TRUE(Wait([this] { return player->Done(); }, 10.0));
+    session->Connector().StopNodes();
+    Wait([] { return false; }, 0.1);
 
-    EXPECT_GT(recorder.Events().size(), 10u) << "the process callback did run";
+    EXPECT_GT(recorder->Events().size(), 10u) << "the process callback did run";
     EXPECT_EQ(RealTimeViolations(), 0) << "first: " << FirstViolation();
 }
 
@@ -66,8 +54,7 @@ TEST(RealTimeSafety, TheJackProcessThreadStaysCleanWhileVocatoSingsPlaysAndChang
 TEST(RealTimeSafety, WithoutLiveInputASoundFilePlaysInRealTimeOnACleanThread) {
     TempDir dir;
     const std::string path = dir.File("melody.wav");
-    WriteSoundFile(path, {Melody().begin(), Melody().begin() + 44100}, 44100, 1,
-                   SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    WriteSoundFile(path, {Melody().begin(), Melody().begin() + 44100});
     KeptAlerts alerts;
     app::LiveSettings settings;
     settings.audio.jack = settings.audio.synth = false;

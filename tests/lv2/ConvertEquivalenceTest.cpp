@@ -87,8 +87,7 @@ TEST_P(PluginAgainstConvert, SendsTheSameEventsAtTheSameTimes) {
                                                     {67, 1.5, 1.75}, {64, 1.85, 2.1}, {60, 2.2, 2.7}};
     vocato::test::TempDir dir;
     const std::string wav = dir.File("melody.wav");
-    vocato::test::WriteSoundFile(wav, vocato::test::RenderMelody(melody, 73, kRate), kRate, 1,
-                                 SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    vocato::test::WriteSoundFile(wav, vocato::test::RenderMelody(melody, 73, kRate), kRate);
     // What the converter reads from the file, as a host's floats: libsndfile gives k / 32768
     // for sample k.
     SF_INFO info{};

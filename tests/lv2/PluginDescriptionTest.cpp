@@ -2,6 +2,8 @@
 // a table whose defaults are the node's own.
 #include "TestHost.h"
 
+#include "Fixtures.h"
+
 #include "Presets.h"
 
 #include <gtest/gtest.h>
@@ -20,13 +22,8 @@ TEST(PluginBundle, PassesTheLv2SchemaValidator) {
     const std::string bundle = BundleDir();
     const std::string command =
         "lv2_validate '" + bundle + "/manifest.ttl' '" + bundle + "/vocato.ttl' 2>&1";
-    FILE* pipe = popen(command.c_str(), "r");
-    ASSERT_NE(pipe, nullptr);
-    std::string output;
-    for (char chunk[512]; std::fgets(chunk, sizeof chunk, pipe) != nullptr;) {
-        output += chunk;
-    }
-    EXPECT_EQ(pclose(pipe), 0) << output;
+    const auto [status, output] = vocato::test::RunCommand(command);
+    EXPECT_EQ(status, 0) << output;
     EXPECT_NE(output.find("Found 0 errors"), std::string::npos) << output;
     EXPECT_EQ(output.find("warning"), std::string::npos) << output;
 }

@@ -3,6 +3,7 @@
 #include "TestHost.h"
 
 #include "Fixtures.h"
+#include "NodeAccess.h"
 
 #include <gtest/gtest.h>
 
@@ -48,12 +49,7 @@ TEST(PluginInstance, FirstRunWritesTheNodesDecisionDelayAsLatencyAndAPresetMoves
     host.RunPlugin(nullptr, 0);
     auto node = MakeNode();
     node->NodeRegistered();
-    media::MediaFormat format;
-    format.type = media::MediaType::RawAudio;
-    format.raw.frameRate = 48000.0;
-    format.raw.channelCount = 1;
-    media::MediaInput in;
-    node->Connected({0, 0}, {0, 0}, format, &in);
+    vocato::test::ConnectAudio(*node, 1, 48000.0);
     ASSERT_GT(node->DecisionDelaySamples(), 16u);
     EXPECT_EQ(host.Latency(), static_cast<float>(node->DecisionDelaySamples()));
     host.SetControl(kPreset, 5); // "Bass": lower notes, longer periods

@@ -2,35 +2,13 @@
 // made while the plugin runs, parameter changes and a preset change included.
 #include "TestHost.h"
 
+#include "CountingNew.h"
+
 #include "Fixtures.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
-#include <cstdlib>
-#include <new>
-
-namespace {
-std::atomic<std::atomic<size_t>*> counter{nullptr};
-
-void* Allocate(size_t size) {
-    if (std::atomic<size_t>* c = counter.load(std::memory_order_relaxed)) {
-        c->fetch_add(1, std::memory_order_relaxed);
-    }
-    if (void* p = std::malloc(size == 0 ? 1 : size)) {
-        return p;
-    }
-    throw std::bad_alloc();
-}
-} // namespace
-
-void* operator new(size_t size) { return Allocate(size); }
-void* operator new[](size_t size) { return Allocate(size); }
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete[](void* p) noexcept { std::free(p); }
-void operator delete(void* p, size_t) noexcept { std::free(p); }
-void operator delete[](void* p, size_t) noexcept { std::free(p); }
 
 namespace vocato::lv2::test {
 namespace {
@@ -42,7 +20,7 @@ TEST(PluginRun, AllocatesNothingWhileRunningAndChangingParameters) {
     const std::vector<vocato::test::Note> notes = {
         {62, 0.2, 0.6}, {65, 0.7, 1.1}, {69, 1.2, 1.6}, {64, 1.7, 2.2}};
     const std::vector<float> melody = vocato::test::RenderMelody(notes, 73, 44100.0);
-    std::atomic<size_t> inRun{0}, inWork{0};
+    size_t inRun = 0, inWork = 0;
     for (size_t done = 0; done < melody.size(); done += 256) {
         if (done >= melody.size() / 2 && done < melody.size() / 2 + 256) {
             host.SetControl(kPreset, 4);
@@ -51,18 +29,18 @@ TEST(PluginRun, AllocatesNothingWhileRunningAndChangingParameters) {
             host.SetControl(kStartLevelDb, -30);
             host.SetControl(kMedian, 1);
         }
-        counter = &inRun;
+        vocato::test::StartCountingAllocations();
         host.RunPlugin(melody.data() + done,
                        static_cast<uint32_t>(std::min<size_t>(256, melody.size() - done)));
-        counter = nullptr; // the test host's own reading of the events is not the plugin's
-        host.Collect();
-        counter = &inWork;
+        inRun += vocato::test::StopCountingAllocations();
+        host.Collect(); // the test host's own reading of the events is not the plugin's
+        vocato::test::StartCountingAllocations();
         host.DoWork();
-        counter = nullptr;
+        inWork += vocato::test::StopCountingAllocations();
     }
-    EXPECT_EQ(inRun.load(), 0u);
+    EXPECT_EQ(inRun, 0u);
     EXPECT_EQ(host.WorkDone(), 1u) << "the preset change asked for a spare tracker";
-    EXPECT_GT(inWork.load(), 0u) << "the counter must see the plugin's own allocations";
+    EXPECT_GT(inWork, 0u) << "the counter must see the plugin's own allocations";
     const auto noteOns = std::ranges::count_if(
         host.Events(), [](const MidiEvent& e) { return (e.bytes[0] & 0xF0) == 0x90; });
     EXPECT_GE(noteOns, std::ssize(notes)) << "the plugin did not run the whole melody";

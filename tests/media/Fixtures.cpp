@@ -8,9 +8,12 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <map>
+#include <sstream>
 #include <sndfile.h>
 #include <stdexcept>
+#include <sys/wait.h>
 
 namespace vocato::test {
 
@@ -48,6 +51,11 @@ void WriteSoundFile(const std::string& path, const std::vector<float>& interleav
     sf_writef_float(file, interleaved.data(),
                     static_cast<sf_count_t>(interleaved.size() / channels));
     sf_close(file);
+}
+
+std::string WriteTone(const TempDir& dir, const std::string& name, double seconds) {
+    WriteSoundFile(dir.File(name), Sine(440.0, 44100.0, seconds));
+    return dir.File(name);
 }
 
 std::vector<float> RenderMelody(const std::vector<Note>& notes, int program, double rate,
@@ -124,6 +132,37 @@ double Cents(double hz, double reference) {
     return 1200.0 * std::log2(hz / reference);
 }
 
+CommandOutcome RunCommand(const std::string& command) {
+    CommandOutcome outcome{-1, {}};
+    FILE* pipe = ::popen(command.c_str(), "r");
+    if (pipe == nullptr) {
+        return outcome;
+    }
+    char chunk[512];
+    while (const size_t n = std::fread(chunk, 1, sizeof chunk, pipe)) {
+        outcome.out.append(chunk, n);
+    }
+    const int raw = ::pclose(pipe);
+    outcome.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    return outcome;
+}
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+std::vector<int> KeysOf(const std::vector<std::string>& midoLines, char status) {
+    std::vector<int> keys;
+    for (const std::string& line : midoLines) {
+        const std::string bytes = line.substr(line.find(' ') + 1);
+        if (bytes.size() == 6 && bytes[0] == status && !(status == '9' && bytes.substr(4) == "00")) {
+            keys.push_back(std::stoi(bytes.substr(2, 2), nullptr, 16));
+        }
+    }
+    return keys;
+}
+
 std::vector<std::string> ReadMidiWithMido(const std::string& path) {
     const std::string script = "import sys, mido\n"
                                "m = mido.MidiFile(sys.argv[1])\n"
@@ -136,21 +175,12 @@ std::vector<std::string> ReadMidiWithMido(const std::string& path) {
                                "            print(t, 'meta', msg.type, getattr(msg, 'tempo', ''))\n"
                                "        else:\n"
                                "            print(t, msg.bytes() and bytes(msg.bytes()).hex())\n";
-    const std::string command = "/usr/bin/python3 -c \"" + script + "\" '" + path + "' 2>&1";
-    FILE* pipe = ::popen(command.c_str(), "r");
-    if (pipe == nullptr) {
-        throw std::runtime_error("cannot run python3");
-    }
+    const CommandOutcome run = RunCommand("/usr/bin/python3 -c \"" + script + "\" '" + path + "' 2>&1");
     std::vector<std::string> lines;
-    char line[512];
-    while (std::fgets(line, sizeof line, pipe) != nullptr) {
-        std::string s(line);
-        while (!s.empty() && (s.back() == '\n' || s.back() == ' ')) {
-            s.pop_back();
-        }
-        lines.push_back(s);
+    std::istringstream in(run.out);
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line.substr(0, line.find_last_not_of(' ') + 1));
     }
-    ::pclose(pipe);
     return lines;
 }
 

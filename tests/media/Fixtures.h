@@ -21,9 +21,13 @@ private:
 
 std::vector<float> Sine(double hz, double rate, double seconds, double amplitude = 0.5);
 
-// Writes interleaved samples in [-1, 1] with libsndfile; `format` is an SF_FORMAT_* mask.
-void WriteSoundFile(const std::string& path, const std::vector<float>& interleaved, int rate,
-                    int channels, int format);
+// Writes interleaved samples in [-1, 1] with libsndfile; `format` is an SF_FORMAT_* mask, by
+// default 16-bit WAV.
+void WriteSoundFile(const std::string& path, const std::vector<float>& interleaved,
+                    int rate = 44100, int channels = 1, int format = 0x010002);
+
+// A 440 Hz sine at 44100 Hz as a 16-bit WAV file in `dir`; its path.
+std::string WriteTone(const TempDir& dir, const std::string& name, double seconds);
 
 struct Note {
     int key;
@@ -45,5 +49,19 @@ double Cents(double hz, double reference);
 // Reads a MIDI file with python3-mido: "format division" on the first line, then one line per
 // track message, "absolute_ticks hex_bytes" (meta messages as "meta type").
 std::vector<std::string> ReadMidiWithMido(const std::string& path);
+
+// The keys of ReadMidiWithMido's channel messages whose status nibble is `status` (a hex digit,
+// '9' for note-ons), in file order; note-ons of velocity 0 are left out.
+std::vector<int> KeysOf(const std::vector<std::string>& midoLines, char status);
+
+// The whole file; "" when it cannot be read.
+std::string ReadFile(const std::string& path);
+
+struct CommandOutcome {
+    int status; // the exit status, -1 when the command did not exit
+    std::string out;
+};
+// Runs `command` in the shell and keeps what it prints on standard output.
+CommandOutcome RunCommand(const std::string& command);
 
 } // namespace vocato::test

@@ -3,16 +3,12 @@
 #include "JackInputWeb.h"
 
 #include "JackServer.h"
-
-#include <jack/jack.h>
+#include "JackTestClients.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <thread>
 
 namespace vocato::test {
 namespace {
@@ -20,35 +16,6 @@ namespace {
 class Silence final : public media::JackPeriodHandler {
 public:
     void Period(const media::JackPeriod&) noexcept override {}
-};
-
-// Another program with one audio output, as a synthesizer or a player would have.
-class Singer {
-public:
-    Singer() {
-        client_ = jack_client_open("singer", JackNoStartServer, nullptr);
-        if (client_ != nullptr) {
-            out_ = jack_port_register(client_, "out", JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput, 0);
-            jack_set_process_callback(client_, &Singer::Process, this);
-            jack_activate(client_);
-        }
-    }
-    ~Singer() {
-        if (client_ != nullptr) {
-            jack_client_close(client_);
-        }
-    }
-    bool Ok() const { return client_ != nullptr; }
-
-private:
-    static int Process(jack_nframes_t frames, void* self) {
-        auto* out =
-            static_cast<float*>(jack_port_get_buffer(static_cast<Singer*>(self)->out_, frames));
-        std::fill(out, out + frames, 0.0f);
-        return 0;
-    }
-    jack_client_t* client_ = nullptr;
-    jack_port_t* out_ = nullptr;
 };
 
 class JackInputWebTest : public ::testing::Test {
@@ -85,7 +52,7 @@ protected:
     }
 
     JackServer server;
-    Singer singer;
+    PlayerClient singer{"singer", {}}; // another program with an audio output, silent
     Silence silence;
     std::unique_ptr<media::JackClient> client;
     std::unique_ptr<media::JackInputWeb> web;
@@ -138,11 +105,7 @@ TEST_F(JackInputWebTest, SwitchingConnectsAndDisconnectsAndRepeatingIsNoError) {
 TEST_F(JackInputWebTest, AGoneServerLeavesAPanelThatRefusesQuietly) {
     // A clean end: a killed server would leave its entry in JACK's shared registry behind.
     server.Kill(SIGTERM);
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-    while (!client->Lost() && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    ASSERT_TRUE(client->Lost());
+    ASSERT_TRUE(WaitFor([this] { return client->Lost(); }, 5.0));
     float value = 0.0f;
     EXPECT_FALSE(web->GetValue(IdOf("system:capture_1"), &value));
     EXPECT_FALSE(web->SetValue(IdOf("system:capture_1"), 1.0f));

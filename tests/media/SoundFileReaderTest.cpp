@@ -83,8 +83,7 @@ TEST(SoundFileReader, HostileFilesGiveOneClearSentenceAndACutOneReadsWhatIsThere
     EXPECT_NE(OpenError(text).find("not a sound file"), std::string::npos);
 
     const std::string cut = dir.File("cut-in-header.wav");
-    WriteSoundFile(cut, vocato::test::Sine(440, 44100, 1.0), 44100, 1,
-                   SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    WriteSoundFile(cut, vocato::test::Sine(440, 44100, 1.0));
     std::filesystem::resize_file(cut, 44 + 2 * 1000); // cut inside the audio: what is there reads
     auto reader = OpenOrFail(cut);
     ASSERT_NE(reader, nullptr);
@@ -98,7 +97,7 @@ TEST(SoundFileReader, HostileFilesGiveOneClearSentenceAndACutOneReadsWhatIsThere
     EXPECT_NE(OpenError(cut).find("cut-in-header.wav"), std::string::npos);
 
     const std::string secret = dir.File("secret.wav");
-    WriteSoundFile(secret, {0.1f, 0.2f}, 44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    WriteSoundFile(secret, {0.1f, 0.2f});
     ::chmod(secret.c_str(), 0);
     if (::geteuid() != 0) { // root reads whatever the permissions say
         EXPECT_NE(OpenError(secret).find("Permission denied"), std::string::npos);

@@ -14,14 +14,10 @@ namespace midi = vocato::media::midi;
 using vocato::media::EncodeStandardMidiFile;
 using vocato::media::ExportStandardMidiFile;
 using vocato::media::MidiStore;
+using vocato::test::ReadFile;
 using vocato::test::TempDir;
 
 namespace {
-
-std::string Slurp(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
 
 size_t FilesIn(const std::string& dir) {
     return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(dir), {}));
@@ -81,14 +77,14 @@ TEST(StandardMidiFile, AFailedWriteLeavesThePreviousFileWhichALaterWriteReplaces
     std::signal(SIGXFSZ, previousHandler);
     EXPECT_FALSE(result.ok);
     EXPECT_NE(result.error.find("take.mid"), std::string::npos) << result.error;
-    EXPECT_EQ(Slurp(path), previous);
+    EXPECT_EQ(ReadFile(path), previous);
     EXPECT_EQ(FilesIn(dir.Path()), 1u);
 
     MidiStore shorter(4);
     shorter.Add(0, midi::NoteOn(1, 60, 1));
     ASSERT_TRUE(ExportStandardMidiFile(shorter, path).ok);
     const std::vector<uint8_t> bytes = EncodeStandardMidiFile(shorter);
-    EXPECT_EQ(Slurp(path), std::string(bytes.begin(), bytes.end()));
+    EXPECT_EQ(ReadFile(path), std::string(bytes.begin(), bytes.end()));
     EXPECT_EQ(FilesIn(dir.Path()), 1u);
 }
 

@@ -11,6 +11,11 @@ namespace {
 
 QImage Octave(Panel& panel, int key) { return panel.artwork.Image(("c" + std::to_string(key)).c_str()); }
 
+void Sing(Panel& panel, float note) {
+    panel.host.note = note;
+    panel.Settle();
+}
+
 bool OctaveShows(Panel& panel, int octave, int key) {
     return panel.ShowsOnSkin(Octave(panel, key), {60 + 74 * octave, 220});
 }
@@ -34,8 +39,7 @@ std::pair<int, int> BarExtent(const QImage& shot) {
 
 TEST(LiveDisplays, MiddleCLightsTheFirstKeyOfTheFourthOctaveWithAMarkAndNoBar) {
     Panel panel;
-    panel.host.note = 60;
-    panel.Settle();
+    Sing(panel, 60);
     EXPECT_TRUE(OctaveShows(panel, 3, 1));
     const QImage shot = panel.Shot();
     EXPECT_EQ(shot.pixel(287, 293), kMark);
@@ -44,31 +48,24 @@ TEST(LiveDisplays, MiddleCLightsTheFirstKeyOfTheFourthOctaveWithAMarkAndNoBar) {
 
 TEST(LiveDisplays, TheEndsOfTheKeyboardAndTheNotesThatLightNothing) {
     Panel panel;
-    panel.host.note = 107;
-    panel.Settle();
+    Sing(panel, 107);
     EXPECT_TRUE(OctaveShows(panel, 6, 12));
-    panel.host.note = 25;
-    panel.Settle();
+    Sing(panel, 25);
     EXPECT_TRUE(OctaveShows(panel, 0, 2));
     EXPECT_TRUE(OctaveShows(panel, 6, 0)) << "leaving an octave resets it";
-    panel.host.note = 24;
-    panel.Settle();
+    Sing(panel, 24);
     EXPECT_TRUE(OctaveShows(panel, 0, 2)) << "note 24 lights nothing new";
 }
 
 TEST(LiveDisplays, AStepInsideTheOctaveKeepsItAndALeapResetsIt) {
     Panel panel;
-    panel.host.note = 60;
-    panel.Settle();
-    panel.host.note = 64;
-    panel.Settle();
+    Sing(panel, 60);
+    Sing(panel, 64);
     EXPECT_TRUE(OctaveShows(panel, 3, 5));
-    panel.host.note = 72;
-    panel.Settle();
+    Sing(panel, 72);
     EXPECT_TRUE(OctaveShows(panel, 3, 0));
     EXPECT_TRUE(OctaveShows(panel, 4, 1));
-    panel.host.note = 0;
-    panel.Settle();
+    Sing(panel, 0);
     EXPECT_TRUE(OctaveShows(panel, 4, 0)) << "the end of a note unlights its octave";
 }
 

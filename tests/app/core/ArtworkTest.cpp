@@ -12,11 +12,6 @@ using namespace vocato;
 
 namespace {
 
-class ArtworkTest : public ::testing::Test {
-protected:
-    void SetUp() override { ASSERT_TRUE(InitRessources()); }
-};
-
 // The amber of lit keys and lamps: strong red, middling green, little blue.
 bool IsLit(QRgb pixel) {
     return qRed(pixel) > 200 && qGreen(pixel) > 80 && qGreen(pixel) < 230 && qBlue(pixel) < 140;
@@ -24,7 +19,7 @@ bool IsLit(QRgb pixel) {
 
 } // namespace
 
-TEST_F(ArtworkTest, EveryPictureExistsAtItsSizeAndAtDoubleSize) {
+TEST(ArtworkTest, EveryPictureExistsAtItsSizeAndAtDoubleSize) {
     std::vector<std::tuple<std::string, int, int>> pictures = {{"skin", 600, 310},
                                                                {"On", 15, 14},
                                                                {"About", 201, 116},
@@ -48,7 +43,7 @@ TEST_F(ArtworkTest, EveryPictureExistsAtItsSizeAndAtDoubleSize) {
     EXPECT_TRUE(LoadPixmapResource("m32", 2.0).isNull());
 }
 
-TEST_F(ArtworkTest, EachOctavePictureLightsExactlyTheKeyAtTheDisplaysMark) {
+TEST(ArtworkTest, EachOctavePictureLightsExactlyTheKeyAtTheDisplaysMark) {
     // Where the display marks each semitone inside an octave picture; black keys
     // are probed on their upper part, white keys below the black ones.
     const int notePos[12] = {5, 9, 16, 22, 26, 36, 42, 47, 52, 58, 64, 68};
@@ -64,7 +59,7 @@ TEST_F(ArtworkTest, EachOctavePictureLightsExactlyTheKeyAtTheDisplaysMark) {
     }
 }
 
-TEST_F(ArtworkTest, TheLinkedPicturesAreWhatTheGeneratorDrawsNow) {
+TEST(ArtworkTest, TheLinkedPicturesAreWhatTheGeneratorDrawsNow) {
     QTemporaryDir fresh;
     ASSERT_TRUE(fresh.isValid());
     QProcess generator;

@@ -1,5 +1,6 @@
 #include "Resources.h"
 #include "ButtonCatalogue.h"
+#include "Diagnostics.h"
 #include "ImageResources.h"
 
 #include <gtest/gtest.h>
@@ -10,14 +11,19 @@ using namespace vocato;
 
 namespace {
 
-class ResourcesTest : public ::testing::Test {
-protected:
-    void SetUp() override { ASSERT_TRUE(InitRessources()); }
+// For the whole run: the linked resources, and no diagnostic lines to clutter the test log.
+class AppCoreEnvironment : public ::testing::Environment {
+    void SetUp() override {
+        media::SetDiagnosticsQuiet(true);
+        ASSERT_TRUE(InitRessources());
+    }
 };
+[[maybe_unused]] const auto* const kEnvironment =
+    ::testing::AddGlobalTestEnvironment(new AppCoreEnvironment);
 
 } // namespace
 
-TEST_F(ResourcesTest, EveryButtonIsAPictureButtonArchivedWithItsMessageAndBehaviour) {
+TEST(ResourcesTest, EveryButtonIsAPictureButtonArchivedWithItsMessageAndBehaviour) {
     const std::tuple<const char*, uint32_t, int32_t, float> buttons[] = {
         {"RecMidi", FourCC("MRec"), 1, 34},  {"StopMidi", FourCC("MStp"), 0, 34},
         {"WaveFile", FourCC("mOpn"), 0, 37}, {"Input", FourCC("mInp"), 0, 37},
@@ -45,7 +51,7 @@ TEST_F(ResourcesTest, EveryButtonIsAPictureButtonArchivedWithItsMessageAndBehavi
     EXPECT_EQ(label, "REC");
 }
 
-TEST_F(ResourcesTest, EveryButtonFaceExistsAtTheButtonsSizeAndDoubleSize) {
+TEST(ResourcesTest, EveryButtonFaceExistsAtTheButtonsSizeAndDoubleSize) {
     for (const ButtonDescription& button : kButtonCatalogue) {
         Message archive = FindArchivedResource(button.resourceName);
         for (const char* face : kButtonFaceFields) {
@@ -64,7 +70,7 @@ TEST_F(ResourcesTest, EveryButtonFaceExistsAtTheButtonsSizeAndDoubleSize) {
     }
 }
 
-TEST_F(ResourcesTest, AMissingArchiveGivesAPlaceholderWindowNamingIt) {
+TEST(ResourcesTest, AMissingArchiveGivesAPlaceholderWindowNamingIt) {
     Message archive = FindArchivedResource("NoSuchButton");
     std::string text;
     Rect frame;
@@ -80,7 +86,7 @@ TEST_F(ResourcesTest, AMissingArchiveGivesAPlaceholderWindowNamingIt) {
     EXPECT_EQ(text.size(), longName.size() + 33);
 }
 
-TEST_F(ResourcesTest, StoredMessagesTakeTheLowestFreeIdAndLoadBack) {
+TEST(ResourcesTest, StoredMessagesTakeTheLowestFreeIdAndLoadBack) {
     ResourceSet set;
     for (int32_t id : {0, 1, 3}) {
         ASSERT_EQ(set.AddResource(kArchiveType, id, {}, "taken" + std::to_string(id)), B_OK);

@@ -14,6 +14,7 @@
 #include "MenuField.h"
 #include "ParameterWebView.h"
 
+#include "NodeAccess.h"
 #include "NodeParameters.h"
 
 #include <QApplication>
@@ -32,21 +33,6 @@
 namespace vocato::test {
 
 namespace {
-
-float NodeValue(VocatoNode& node, int32_t id) {
-    int64_t when = 0;
-    char bytes[4];
-    size_t size = sizeof bytes;
-    node.GetParameterValue(id, &when, bytes, &size);
-    if (id == PARAM_PRESET || id == PARAM_PROGRAM) {
-        int32_t whole = 0;
-        std::memcpy(&whole, bytes, sizeof whole);
-        return static_cast<float>(whole);
-    }
-    float value = 0;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
-}
 
 QAction* ItemNamed(QMenu* menu, const QString& text) {
     for (QAction* action : menu->actions()) {
@@ -84,7 +70,7 @@ TEST_F(ConverterControls, OneWindowShowsEveryParameterWithTheNodesValues) {
     for (int32_t id : kParameterIds) {
         ASSERT_NE(panel.View()->ControlFor(id), nullptr) << id;
         if (auto* spin = ControlFor<QDoubleSpinBox>(panel, id)) {
-            EXPECT_NEAR(spin->value(), NodeValue(node, id), 0.01) << id;
+            EXPECT_NEAR(spin->value(), ParameterValue(node, id), 0.01) << id;
         }
     }
     EXPECT_EQ(ControlFor<QComboBox>(panel, PARAM_PRESET)->count(), 20);
@@ -102,7 +88,7 @@ TEST_F(ConverterControls, ChangesGoThroughTheNodesEventsAndItsAnswersComeBack) {
     panel.View()->Refresh();
     EXPECT_EQ(startLevel->value(), -30) << "a change the node has not applied yet stays shown";
     ApplyQueuedChanges();
-    EXPECT_EQ(NodeValue(node, PARAM_START_LEVEL_DB), -30);
+    EXPECT_EQ(ParameterValue(node, PARAM_START_LEVEL_DB), -30);
 
     // A preset rewrites the note range inside the node; the panel follows.
     auto* preset = ControlFor<QComboBox>(panel, PARAM_PRESET);
@@ -110,7 +96,7 @@ TEST_F(ConverterControls, ChangesGoThroughTheNodesEventsAndItsAnswersComeBack) {
     preset->setCurrentIndex(flute);
     emit preset->activated(flute);
     ApplyQueuedChanges();
-    EXPECT_EQ(NodeValue(node, PARAM_PRESET), 18);
+    EXPECT_EQ(ParameterValue(node, PARAM_PRESET), 18);
     panel.View()->Refresh();
     EXPECT_EQ(ControlFor<QDoubleSpinBox>(panel, PARAM_MIDI_MIN)->value(), 60);
     EXPECT_EQ(ControlFor<QDoubleSpinBox>(panel, PARAM_MIDI_MAX)->value(), 96);
@@ -128,11 +114,7 @@ TEST_F(ConverterControls, ChangesGoThroughTheNodesEventsAndItsAnswersComeBack) {
 TEST_F(WindowTest, ParametersOpensOnePreferencesWindowWithTheDefaults) {
     Win().MessageReceived(Message(kParameters));
     Win().MessageReceived(Message(kParameters));
-    int windows = 0;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        windows += qobject_cast<PrefWindow*>(widget) != nullptr && widget->isVisible();
-    }
-    EXPECT_EQ(windows, 1);
+    EXPECT_EQ(VisibleWindows<PrefWindow>().size(), 1u);
     auto* window = static_cast<PrefWindow*>(Win().PrefWindowOpen());
     EXPECT_EQ(window->windowTitle(), "Setting...");
     HardwarePrefView* view = window->HardwareView();
@@ -246,13 +228,9 @@ TEST(ControlPanelRole, ACardThatDoesNotExistIsReportedInAnAlertAndGetsNoWindow) 
     MediaNodeControlApp panel(99, alert);
     EXPECT_FALSE(panel.Opened());
     EXPECT_EQ(panel.Show(), nullptr);
-    QMessageBox* box = nullptr;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (auto* found = qobject_cast<QMessageBox*>(widget); found && found->isVisible()) {
-            box = found;
-        }
-    }
-    ASSERT_NE(box, nullptr);
+    const auto boxes = VisibleWindows<QMessageBox>();
+    ASSERT_EQ(boxes.size(), 1u);
+    QMessageBox* box = boxes[0];
     EXPECT_EQ(box->windowTitle(), "error");
     EXPECT_TRUE(box->text().startsWith("MediaNodeControlApp: couldn't find node (99):\n"))
         << box->text().toStdString();

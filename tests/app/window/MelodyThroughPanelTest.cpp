@@ -10,8 +10,6 @@
 #include <QMessageBox>
 #include <QTest>
 
-#include <sndfile.h>
-
 #include <algorithm>
 #include <chrono>
 #include <set>
@@ -26,19 +24,8 @@ const std::vector<Note> kMelody = {
 
 std::string WriteMelody(const TempDir& dir) {
     const std::string path = dir.File("melody.wav");
-    WriteSoundFile(path, RenderMelody(kMelody, 68, 44100), 44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    WriteSoundFile(path, RenderMelody(kMelody, 68, 44100));
     return path;
-}
-
-std::vector<int> NoteOnKeys(const std::vector<std::string>& lines) {
-    std::vector<int> keys;
-    for (const std::string& line : lines) {
-        const std::string bytes = line.substr(line.find(' ') + 1);
-        if (bytes.size() == 6 && bytes[0] == '9' && bytes.substr(4) != "00") {
-            keys.push_back(std::stoi(bytes.substr(2, 2), nullptr, 16));
-        }
-    }
-    return keys;
 }
 
 bool Lit(QRgb pixel) { return pixel != qRgb(0, 0, 0); }
@@ -122,7 +109,7 @@ TEST_F(MelodyThroughPanel, TheRecordingExportsThroughTheSavePanelAndReadsBack) {
     ASSERT_GE(lines.size(), 8u);
     EXPECT_EQ(lines[0], "0 500");
     EXPECT_EQ(lines[2], "0 c000") << "the recording opens with the piano of the panel";
-    const std::vector<int> keys = NoteOnKeys(lines);
+    const std::vector<int> keys = KeysOf(lines, '9');
     auto at = keys.begin();
     for (const Note& n : kMelody) {
         at = std::find(at, keys.end(), n.key);
@@ -137,13 +124,9 @@ TEST_F(MelodyThroughPanel, AnExportThatCannotBeWrittenSaysSoAndLeavesNoFile) {
     save.AddString("name", "melody.mid");
     app_->MessageReceived(save);
     Wait(20);
-    QMessageBox* shown = nullptr;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (auto* box = qobject_cast<QMessageBox*>(widget); box != nullptr && box->isVisible()) {
-            shown = box;
-        }
-    }
-    ASSERT_NE(shown, nullptr) << "the user is told";
+    const auto boxes = VisibleWindows<QMessageBox>();
+    ASSERT_EQ(boxes.size(), 1u) << "the user is told";
+    QMessageBox* shown = boxes[0];
     SaveScreenshot(*shown, "export-error");
     EXPECT_FALSE(shown->text().isEmpty());
     EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(dir_.File("no-such-folder/melody.mid"))));

@@ -8,12 +8,24 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QImage>
 
 #include <string>
 #include <vector>
 
 namespace vocato::test {
+
+// The top-level windows of type T that are on screen.
+template <class T> std::vector<T*> VisibleWindows() {
+    std::vector<T*> found;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* window = qobject_cast<T*>(widget); window != nullptr && window->isVisible()) {
+            found.push_back(window);
+        }
+    }
+    return found;
+}
 
 class WindowTest : public ::testing::Test {
 protected:

@@ -98,8 +98,7 @@ TEST_F(WindowTest, AMessageTheWindowDoesNotKnowEndsWithTheApplication) {
 
 TEST_F(WindowTest, OpenWaveShowsThePanelAndItsChoiceBecomesTheFile) {
     TempDir dir;
-    const std::string file = dir.File("song.wav");
-    WriteSoundFile(file, Sine(330, 44100, 0.2), 44100, 1, 0x010002);
+    WriteTone(dir, "song.wav", 0.2);
     Win().MessageReceived(Message(kOpenWave));
     ASSERT_TRUE(Win().OpenPanel()->isVisible());
     Win().OpenPanel()->setDirectory(QString::fromStdString(dir.Path()));
@@ -162,8 +161,7 @@ TEST_F(WindowTest, DroppedTextDoesNothingAndOfSeveralFilesTheFirstIsChosen) {
 
     QList<QUrl> urls;
     for (const char* name : {"first.wav", "second.wav", "third.wav"}) {
-        WriteSoundFile(dir.File(name), Sine(440, 44100, 0.2), 44100, 1, 0x010002);
-        urls << QUrl::fromLocalFile(QString::fromStdString(dir.File(name)));
+        urls << QUrl::fromLocalFile(QString::fromStdString(WriteTone(dir, name, 0.2)));
     }
     QMimeData files;
     files.setUrls(urls);
@@ -190,15 +188,7 @@ TEST_F(WindowTest, ClosingTheWindowLeavesItsValuesAndTheTrackerInTheSettings) {
 }
 
 TEST_F(WindowTest, EachAboutRequestOpensABoxOfItsOwn) {
-    auto boxes = [] {
-        std::vector<ui::AboutWin*> found;
-        for (QWidget* widget : QApplication::topLevelWidgets()) {
-            if (auto* about = qobject_cast<ui::AboutWin*>(widget); about && about->isVisible()) {
-                found.push_back(about);
-            }
-        }
-        return found;
-    };
+    const auto boxes = VisibleWindows<ui::AboutWin>;
     EXPECT_TRUE(boxes().empty()) << "the splash is gone once the window is up";
     Win().MessageReceived(Message(kAboutRequested));
     Win().MessageReceived(Message(kAboutRequested));

@@ -4,38 +4,22 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdio>
 #include <string>
-#include <sys/wait.h>
 
 namespace {
 
-struct Outcome {
-    int status;
-    std::string out;
-};
-
 // Runs the executable with `arguments` in an environment with no display and settings in
 // `config`; standard error joins standard output.
-Outcome Vocato(const std::string& arguments, const std::string& config) {
-    const std::string command = "env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM XDG_CONFIG_HOME=" +
-                                config + " " VOCATO_EXE " " + arguments + " 2>&1";
-    Outcome run{-1, {}};
-    FILE* pipe = popen(command.c_str(), "r");
-    std::array<char, 256> chunk;
-    while (size_t n = std::fread(chunk.data(), 1, chunk.size(), pipe)) {
-        run.out.append(chunk.data(), n);
-    }
-    run.status = WEXITSTATUS(pclose(pipe));
-    return run;
+vocato::test::CommandOutcome Vocato(const std::string& arguments, const std::string& config) {
+    return vocato::test::RunCommand("env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM XDG_CONFIG_HOME=" +
+                                    config + " " VOCATO_EXE " " + arguments + " 2>&1");
 }
 
 } // namespace
 
 TEST(WindowRole, WithoutADisplayItSaysHowToRunHeadless) {
     vocato::test::TempDir config;
-    const Outcome run = Vocato("", config.Path());
+    const auto run = Vocato("", config.Path());
     EXPECT_EQ(run.status, 1);
     EXPECT_NE(run.out.find("vocato live"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("vocato convert"), std::string::npos) << run.out;
@@ -48,7 +32,7 @@ TEST(WindowRole, ANodeThatIsNoSoundCardIsReportedAndTheSettingsAreLeftAlone) {
         if (cardZero && argument[5] != '9') {
             continue;
         }
-        const Outcome run = Vocato(argument, config.Path());
+        const auto run = Vocato(argument, config.Path());
         EXPECT_EQ(run.status, 1) << argument;
         const std::string node = argument[5] == '9' ? "99" : "0";
         EXPECT_NE(run.out.find("error: MediaNodeControlApp: couldn't find node (" + node + "):\n"),
@@ -66,34 +50,24 @@ TEST(WindowRole, OnARealDisplayTheWindowOpensAndATerminationSavesTheSettings) {
         GTEST_SKIP() << "xvfb-run is not installed (package xvfb)";
     }
     vocato::test::TempDir dir;
-    const std::string file = dir.File("tone.wav");
-    vocato::test::WriteSoundFile(file, vocato::test::Sine(440, 44100, 0.5), 44100, 1, 0x010002);
+    const std::string file = vocato::test::WriteTone(dir, "tone.wav", 0.5);
     const std::string script = "env -u QT_QPA_PLATFORM -u WAYLAND_DISPLAY XDG_CONFIG_HOME=" +
                                dir.Path() + " " VOCATO_EXE " " + file +
                                " & pid=$!; sleep 3; kill -TERM $pid; wait $pid; echo status=$?";
-    FILE* pipe = popen(("xvfb-run -a sh -c '" + script + "' 2>&1").c_str(), "r");
-    std::string out;
-    std::array<char, 256> chunk;
-    while (size_t n = std::fread(chunk.data(), 1, chunk.size(), pipe)) {
-        out.append(chunk.data(), n);
-    }
-    pclose(pipe);
+    const std::string out = vocato::test::RunCommand("xvfb-run -a sh -c '" + script + "' 2>&1").out;
     EXPECT_NE(out.find("status=0"), std::string::npos) << out;
     EXPECT_NE(out.find("Node file ok"), std::string::npos) << "the file was opened: " << out;
     EXPECT_NE(out.find("Pset"), std::string::npos) << "the window restored its preset: " << out;
-    FILE* settings = std::fopen((dir.Path() + "/Vocato/Vocato").c_str(), "r");
-    ASSERT_NE(settings, nullptr) << out;
-    std::string text(4096, '\0');
-    text.resize(std::fread(text.data(), 1, text.size(), settings));
-    std::fclose(settings);
+    const std::string text = vocato::test::ReadFile(dir.Path() + "/Vocato/Vocato");
+    ASSERT_FALSE(text.empty()) << out;
     EXPECT_NE(text.find("float \"Transpose\""), std::string::npos) << text;
     EXPECT_NE(text.find("float \"midiMax\" 72"), std::string::npos) << text;
 }
 
 TEST(WindowRole, ArgumentsThatAreNotTheControlPanelGoElsewhere) {
     vocato::test::TempDir config;
-    const Outcome other = Vocato("xnode=12", config.Path());
+    const auto other = Vocato("xnode=12", config.Path());
     EXPECT_EQ(other.out.find("control panel"), std::string::npos) << other.out;
-    const Outcome upper = Vocato("Node=12", config.Path());
+    const auto upper = Vocato("Node=12", config.Path());
     EXPECT_EQ(upper.out.find("control panel"), std::string::npos) << upper.out;
 }

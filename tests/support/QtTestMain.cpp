@@ -1,8 +1,5 @@
-// Menus and pixmaps need a QApplication; one for the whole run, offscreen so
-// that the tests run without a display. Settings go to a folder of the run's
-// own, never the user's; diagnostic lines would only clutter the test log.
-#include "Diagnostics.h"
-
+// Widgets need a QApplication: one for the whole run, offscreen so that the tests run without a
+// display, and settings in a folder of the run's own so that the user's are never read or written.
 #include <QApplication>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -12,7 +9,6 @@ int main(int argc, char** argv) {
     QTemporaryDir config;
     qputenv("XDG_CONFIG_HOME", config.path().toUtf8());
     QApplication application(argc, argv);
-    vocato::media::SetDiagnosticsQuiet(true);
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
