@@ -2,33 +2,9 @@
 // per-chunk path, with parameter changes in between, under a counting operator new.
 #include "EngineTestSupport.h"
 
+#include "CountingNew.h"
+
 #include <gtest/gtest.h>
-
-#include <atomic>
-#include <cstdlib>
-#include <new>
-
-namespace {
-std::atomic<long> gAllocations{0};
-} // namespace
-
-// Replaces the global allocation functions so every allocation of the process is counted.
-// The replacements keep the malloc/free pairing internally; the compiler cannot see that
-// and warns about it, which this file alone silences.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-void* operator new(std::size_t size) {
-    gAllocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size == 0 ? 1 : size)) {
-        return p;
-    }
-    throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    gAllocations.fetch_add(1, std::memory_order_relaxed);
-    return std::malloc(size == 0 ? 1 : size);
-}
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
 namespace {
 
@@ -40,14 +16,15 @@ TEST(EngineAllocation, TenSecondsOfAudioAllocateNothingAfterCreation) {
     const std::vector<int16_t> second = Render({.frequency = 330, .seconds = 5.0, .levelDb = -30});
     signal.insert(signal.end(), second.begin(), second.end());
 
+    vocato::test::StartCountingAllocations();
     EnginePtr s = NewEngine();
     ASSERT_NE(s, nullptr);
     ConfigureVoice(s.get());
-    EXPECT_GT(gAllocations.load(), 0) << "the counter does not see allocations";
+    EXPECT_GT(vocato::test::StopCountingAllocations(), 0u) << "the counter does not see allocations";
 
     WFETMidiOut out{};
     int notes = 0;
-    const long before = gAllocations.load();
+    vocato::test::StartCountingAllocations();
     for (size_t i = 0; i + 16 <= signal.size(); i += 16) {
         WFETProcess(s.get(), signal.data() + i, 32);
         WFETCalc(s.get(), &out);
@@ -58,7 +35,7 @@ TEST(EngineAllocation, TenSecondsOfAudioAllocateNothingAfterCreation) {
             WFETSet(s.get(), WFET_BEND_RANGE, 2);
         }
     }
-    EXPECT_EQ(gAllocations.load() - before, 0);
+    EXPECT_EQ(vocato::test::StopCountingAllocations(), 0u);
     EXPECT_GT(notes, 0) << "the signal never reached the note decision";
 }
 
