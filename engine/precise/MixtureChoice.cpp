@@ -32,12 +32,19 @@ bool WholeRatio(double ratio)
     return nearest >= 2.0 && std::abs(ratio - nearest) < kHarmonicTolerance * nearest;
 }
 
+// What is left with the old note cancelled is a sound of its own: periodic, and a real share
+// of the input.
+bool ResidualIsASound(const MixtureView& view)
+{
+    return view.residualFrequency > 0.0 && view.residualClarity >= kResidualClarity &&
+           view.residualShare >= kResidualShare;
+}
+
 } // namespace
 
 MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous, double previousNote) noexcept
 {
-    if (cancelled <= 0.0 || view.residualFrequency <= 0.0 || view.residualClarity < kResidualClarity ||
-        view.residualShare < kResidualShare) {
+    if (cancelled <= 0.0 || !ResidualIsASound(view)) {
         return view;
     }
     const double residual = view.residualFrequency;
@@ -80,9 +87,7 @@ Hidden HiddenByMixture(const MixtureView& view, double sounding, double replaced
         return Hidden::ByNeighbour;
     }
     const double fromCancelled = cancelled > 0.0 ? Semitones(own, cancelled) : 0.0;
-    const bool residualAgrees = view.residualFrequency > 0.0 && view.residualClarity >= kResidualClarity &&
-                                view.residualShare >= kResidualShare &&
-                                Semitones(view.residualFrequency, own) < kAgreeSpan;
+    const bool residualAgrees = ResidualIsASound(view) && Semitones(view.residualFrequency, own) < kAgreeSpan;
     return fromCancelled >= kSameNote && fromCancelled < kBlendSpan && !residualAgrees ? Hidden::ByNeighbour
                                                                                         : Hidden::No;
 }

@@ -1,6 +1,8 @@
 // Generated audio, rendered melodies and an independent MIDI-file reader for the tests.
 #pragma once
 
+#include <sndfile.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -24,7 +26,7 @@ std::vector<float> Sine(double hz, double rate, double seconds, double amplitude
 // Writes interleaved samples in [-1, 1] with libsndfile; `format` is an SF_FORMAT_* mask, by
 // default 16-bit WAV.
 void WriteSoundFile(const std::string& path, const std::vector<float>& interleaved,
-                    int rate = 44100, int channels = 1, int format = 0x010002);
+                    int rate = 44100, int channels = 1, int format = SF_FORMAT_WAV | SF_FORMAT_PCM_16);
 
 // A 440 Hz sine at 44100 Hz as a 16-bit WAV file in `dir`; its path.
 std::string WriteTone(const TempDir& dir, const std::string& name, double seconds);
