@@ -87,9 +87,11 @@ Hidden HiddenByMixture(const MixtureView& view, double sounding, double replaced
         return Hidden::ByNeighbour;
     }
     const double fromCancelled = cancelled > 0.0 ? Semitones(own, cancelled) : 0.0;
+    if (fromCancelled < kSameNote || fromCancelled >= kBlendSpan) {
+        return Hidden::No;
+    }
     const bool residualAgrees = ResidualIsASound(view) && Semitones(view.residualFrequency, own) < kAgreeSpan;
-    return fromCancelled >= kSameNote && fromCancelled < kBlendSpan && !residualAgrees ? Hidden::ByNeighbour
-                                                                                        : Hidden::No;
+    return residualAgrees ? Hidden::No : Hidden::ByNeighbour;
 }
 
 } // namespace vocato::precise
