@@ -34,11 +34,17 @@ public:
     void Normalise() noexcept;
 
     const double* Normalised() const noexcept { return normalised_.get(); }
+    // The highest normalised square difference of the newest `window` samples with those
+    // lag - 1, lag or lag + 1 samples before them, computed on demand: the running sums judge
+    // every lag over a window of its own length, which a long lag fills only late.
+    // window + lag + 1 <= 2 * (maxLag + 2).
+    double NormalisedNear(int lag, int window) const noexcept;
     // Sample `back` samples before the newest (0 = newest), back <= 2 * (maxLag + 1).
     double Sample(uint64_t back) const noexcept { return past_[Newest(count_ - 1, mask_) + back]; }
     // Mean square of the newest `length` samples.
     double Power(uint64_t length) const noexcept;
     uint64_t Count() const noexcept { return count_; }
+    int MinWindow() const noexcept { return minWindow_; }
 
 private:
     // The rings are allocated for the largest lag but only as much of them is used as the

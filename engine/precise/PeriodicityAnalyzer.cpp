@@ -44,6 +44,10 @@ constexpr double kKeepFactor = 0.75;
 // An octave up counts as exact within 3 %, and as repeating as well within 0.02.
 constexpr double kOctaveTolerance = 0.03;
 constexpr double kOctaveMargin = 0.02;
+// The cancellation's gain follows the note over this many of its periods, and never makes it
+// more than twice as loud (a note swelling that fast is a new one).
+constexpr double kGainPeriods = 16.0;
+constexpr double kMaxGain = 2.0;
 // The shortest window of the full-rate refinement.
 constexpr double kRefineSeconds = 0.004;
 // Periods longer than this many decimated samples are already precise to a cent or two by
@@ -104,12 +108,16 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
     phase_ = 0;
     fullCount_ = 0;
     cancelledLag_ = 0.0;
+    cancelCross_ = cancelPower_ = 0.0;
 }
 
 void PeriodicityAnalyzer::SetCancelledFrequency(double frequency) noexcept
 {
     const double lag = frequency > 0.0 ? analysisRate_ / frequency : 0.0;
     cancelledLag_ = lag >= 2.0 && lag <= lags_.max ? lag : 0.0;
+    if (cancelledLag_ <= 0.0) {
+        cancelCross_ = cancelPower_ = 0.0;
+    }
 }
 
 void PeriodicityAnalyzer::Push(const int16_t* samples, uint32_t count) noexcept
@@ -130,7 +138,7 @@ void PeriodicityAnalyzer::Push(const int16_t* samples, uint32_t count) noexcept
     }
 }
 
-double PeriodicityAnalyzer::Cancelled(int32_t value) const noexcept
+double PeriodicityAnalyzer::Cancelled(int32_t value) noexcept
 {
     if (cancelledLag_ <= 0.0) {
         return 0.0;
@@ -146,7 +154,13 @@ double PeriodicityAnalyzer::Cancelled(int32_t value) const noexcept
     const double p3 = signal_.Sample(whole + 2);
     const double earlier =
         p1 + 0.5 * f * (p2 - p0 + f * (2.0 * p0 - 5.0 * p1 + 4.0 * p2 - p3 + f * (3.0 * (p1 - p2) + p3 - p0)));
-    return std::clamp(std::round(value - earlier), -double(kQuantLimit), double(kQuantLimit));
+    // Scaled to the note's growth or decay per period (least squares, over about sixteen of
+    // its periods): a note being released or swelling is cancelled as well as a steady one.
+    const double keep = 1.0 - 1.0 / (kGainPeriods * cancelledLag_);
+    cancelCross_ = keep * cancelCross_ + value * earlier;
+    cancelPower_ = keep * cancelPower_ + earlier * earlier;
+    const double gain = cancelPower_ > 0.0 ? std::clamp(cancelCross_ / cancelPower_, 0.0, kMaxGain) : 1.0;
+    return std::clamp(std::round(value - gain * earlier), -double(kQuantLimit), double(kQuantLimit));
 }
 
 void PeriodicityAnalyzer::PushDecimated(int32_t value) noexcept
@@ -179,14 +193,18 @@ PeriodicityAnalyzer::Peak PeriodicityAnalyzer::InterpolatedPeak(const double* n,
     return {lag + shift, b - 0.25 * (a - c) * shift};
 }
 
-bool PeriodicityAnalyzer::Repeats(const double* n, const KeyMaximum& m, const LagRange& range) const noexcept
+bool PeriodicityAnalyzer::Repeats(const DifferenceBank& bank, KeyMaximum& m, const LagRange& range) const noexcept
 {
-    const int twice = 2 * m.lag;
-    if (twice + 1 > range.max + 1) {
-        return true;
+    if (m.repeats < 0) {
+        // The newest period against the one two periods back: over a window of the lag's own
+        // length, not the doubled lag's, so a note is recognised after three of its periods
+        // rather than four. Asked only of the key maxima that compete, since it costs a pass
+        // over the window.
+        const int twice = 2 * m.lag;
+        const bool beyond = twice + 1 > range.max + 1;
+        m.repeats = beyond || bank.NormalisedNear(twice, std::max(m.lag, bank.MinWindow())) >= kRepeatFactor * m.value;
     }
-    const double again = std::max({n[twice - 1], n[twice], n[twice + 1]});
-    return again >= kRepeatFactor * m.value;
+    return m.repeats == 1;
 }
 
 int PeriodicityAnalyzer::FindKeyMaxima(const double* n, const LagRange& range) noexcept
@@ -198,10 +216,10 @@ int PeriodicityAnalyzer::FindKeyMaxima(const double* n, const LagRange& range) n
     int count = 0;
     bool seenNegative = false;
     bool inLobe = false;
-    KeyMaximum lobe{0, 0.0};
+    KeyMaximum lobe{0, 0.0, -1};
     auto record = [&](const KeyMaximum& m) {
-        if (m.lag >= range.min && m.lag <= range.max && count < kMaxKeyMaxima && Repeats(n, m, range)) {
-            keyMaxima_[count++] = {m.lag, InterpolatedPeak(n, m.lag).value};
+        if (m.lag >= range.min && m.lag <= range.max && count < kMaxKeyMaxima) {
+            keyMaxima_[count++] = {m.lag, InterpolatedPeak(n, m.lag).value, -1};
         }
     };
     for (int lag = 1; lag <= range.max + 1; ++lag) {
@@ -212,7 +230,7 @@ int PeriodicityAnalyzer::FindKeyMaxima(const double* n, const LagRange& range) n
         }
         if (v > 0.0) {
             if (!inLobe || v > lobe.value) {
-                lobe = {lag, v};
+                lobe = {lag, v, -1};
             }
             inLobe = true;
         } else if (inLobe) {
@@ -226,14 +244,29 @@ int PeriodicityAnalyzer::FindKeyMaxima(const double* n, const LagRange& range) n
     return count;
 }
 
-int PeriodicityAnalyzer::ChooseLag(const double* n, int count, double preferredLag, const LagRange& range) const noexcept
+int PeriodicityAnalyzer::ChooseLag(const DifferenceBank& bank, int count, double preferredLag,
+                                   const LagRange& range) noexcept
 {
+    const double* n = bank.Normalised();
+    // The best key maximum that repeats, tried from the highest down.
     double best = 0.0;
-    for (int i = 0; i < count; ++i) {
-        best = std::max(best, keyMaxima_[i].value);
+    for (;;) {
+        int top = -1;
+        for (int i = 0; i < count; ++i) {
+            if (keyMaxima_[i].repeats != 0 && (top < 0 || keyMaxima_[i].value > keyMaxima_[top].value)) {
+                top = i;
+            }
+        }
+        if (top < 0) {
+            return 0;
+        }
+        if (Repeats(bank, keyMaxima_[top], range)) {
+            best = keyMaxima_[top].value;
+            break;
+        }
     }
     int chosen = 0;
-    while (keyMaxima_[chosen].value < kPickFactor * best) {
+    while (keyMaxima_[chosen].value < kPickFactor * best || !Repeats(bank, keyMaxima_[chosen], range)) {
         ++chosen;
     }
     const int chosenLag = keyMaxima_[chosen].lag;
@@ -359,7 +392,11 @@ PeriodEstimate PeriodicityAnalyzer::Analyse(double preferredFrequency) noexcept
         return {};
     }
     const double preferredLag = preferredFrequency > 0.0 ? analysisRate_ / preferredFrequency : 0.0;
-    const Peak peak = InterpolatedPeak(n, ChooseLag(n, count, preferredLag, lags_));
+    const int lag = ChooseLag(signal_, count, preferredLag, lags_);
+    if (lag == 0) {
+        return {};
+    }
+    const Peak peak = InterpolatedPeak(n, lag);
     const double fullRateLag = peak.lag < kRefineBelowLag ? RefineAtFullRate(peak.lag) : peak.lag * decimation_;
     return {analysisRate_ * decimation_ / fullRateLag, std::min(1.0, peak.value)};
 }
@@ -375,7 +412,11 @@ PeriodEstimate PeriodicityAnalyzer::AnalyseResidual() noexcept
     if (count == 0) {
         return {};
     }
-    const Peak peak = InterpolatedPeak(n, ChooseLag(n, count, 0.0, residualLags_));
+    const int lag = ChooseLag(residual_, count, 0.0, residualLags_);
+    if (lag == 0) {
+        return {};
+    }
+    const Peak peak = InterpolatedPeak(n, lag);
     return {analysisRate_ / residualStep_ / peak.lag, std::min(1.0, peak.value)};
 }
 

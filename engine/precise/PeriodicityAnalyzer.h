@@ -10,7 +10,8 @@
 //
 // A second bank analyses the input with the sounding note cancelled: a comb filter that
 // subtracts the input one period of that note earlier (de Cheveigné's harmonic cancellation,
-// 1993). It only has to name the new note, so it runs at half the analysis rate when that
+// 1993), scaled by how much the note grows or decays per period, so that a note fading in its
+// release leaves as little behind as a steady one. It only has to name the new note, so it runs at half the analysis rate when that
 // still holds its fundamental comfortably. When a note is released into the next one (legato, or the release of a synthesizer or
 // a room), the mixture of both is periodic in their common period, a sub-harmonic of both;
 // with the old note cancelled, the new one shows its own period.
@@ -59,6 +60,7 @@ private:
     struct KeyMaximum {
         int lag;
         double value;
+        int repeats; // -1 until asked, then 0 or 1
     };
     struct Peak {
         double lag;
@@ -71,11 +73,12 @@ private:
     };
 
     void PushDecimated(int32_t value) noexcept;
-    double Cancelled(int32_t value) const noexcept;
+    double Cancelled(int32_t value) noexcept;
     Peak InterpolatedPeak(const double* n, int lag) const noexcept;
-    bool Repeats(const double* n, const KeyMaximum& m, const LagRange& range) const noexcept;
+    bool Repeats(const DifferenceBank& bank, KeyMaximum& m, const LagRange& range) const noexcept;
     int FindKeyMaxima(const double* n, const LagRange& range) noexcept;
-    int ChooseLag(const double* n, int count, double preferredLag, const LagRange& range) const noexcept;
+    // 0 when no key maximum repeats.
+    int ChooseLag(const DifferenceBank& bank, int count, double preferredLag, const LagRange& range) noexcept;
     struct Neighbours {
         double below;
         double centre;
@@ -105,6 +108,8 @@ private:
     int residualPhase_ = 0;
     double residualPrevious_[2] = {0.0, 0.0};
     double cancelledLag_ = 0.0; // decimated samples; 0 = none
+    double cancelCross_ = 0.0;  // of the input with itself one cancelled period earlier
+    double cancelPower_ = 0.0;  // of the input one cancelled period earlier
     double analysisRate_ = 44100.0;
 };
 
