@@ -201,7 +201,7 @@ bool PeriodicityAnalyzer::Repeats(const DifferenceBank& bank, KeyMaximum& m, con
         // rather than four. Asked only of the key maxima that compete, since it costs a pass
         // over the window.
         const int twice = 2 * m.lag;
-        const bool beyond = twice + 1 > range.max + 1;
+        const bool beyond = twice > range.max;
         m.repeats = beyond || bank.NormalisedNear(twice, std::max(m.lag, bank.MinWindow())) >= kRepeatFactor * m.value;
     }
     return m.repeats == 1;
