@@ -11,10 +11,11 @@
 // A second bank analyses the input with the sounding note cancelled: a comb filter that
 // subtracts the input one period of that note earlier (de Cheveigné's harmonic cancellation,
 // 1993), scaled by how much the note grows or decays per period, so that a note fading in its
-// release leaves as little behind as a steady one. It only has to name the new note, so it runs at half the analysis rate when that
-// still holds its fundamental comfortably. When a note is released into the next one (legato, or the release of a synthesizer or
-// a room), the mixture of both is periodic in their common period, a sub-harmonic of both;
-// with the old note cancelled, the new one shows its own period.
+// release leaves as little behind as a steady one. It only has to name the new note, so it
+// runs at half the analysis rate when that still holds its fundamental comfortably. When a
+// note is released into the next one (legato, or the release of a synthesizer or a room), the
+// mixture of both is periodic in their common period, a sub-harmonic of both; with the old
+// note cancelled, the new one shows its own period.
 //
 // Thread contract: construction allocates (off the audio thread); everything else runs on the
 // audio thread and never allocates.
