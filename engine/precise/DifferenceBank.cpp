@@ -1,5 +1,7 @@
 #include "DifferenceBank.h"
 
+#include "ShiftedWindows.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -87,27 +89,8 @@ void DifferenceBank::Normalise() noexcept
 double DifferenceBank::NormalisedNear(int lag, int window) const noexcept
 {
     const double* x = past_.get() + Newest(count_ - 1, mask_);
-    double newer = 0.0;
-    double cross[3] = {0.0, 0.0, 0.0};
-    for (int k = 0; k < window; ++k) {
-        newer += x[k] * x[k];
-        cross[0] += x[k] * x[k + lag - 1];
-        cross[1] += x[k] * x[k + lag];
-        cross[2] += x[k] * x[k + lag + 1];
-    }
-    // The older windows' energies follow from one another, one sample apart.
-    const auto square = [](double v) { return v * v; };
-    double older = 0.0;
-    for (int k = 0; k < window; ++k) {
-        older += square(x[k + lag - 1]);
-    }
-    double best = -1.0;
-    for (int i = 0; i < 3; ++i) {
-        const double total = newer + older;
-        best = std::max(best, total > 0.0 ? 2.0 * cross[i] / total : 0.0);
-        older += square(x[window + lag - 1 + i]) - square(x[lag - 1 + i]);
-    }
-    return best;
+    const ThreeShifts n = NormalisedAgainstShifts(x, x + lag - 1, uint64_t(window));
+    return std::max({n.first, n.second, n.third});
 }
 
 double DifferenceBank::Power(uint64_t length) const noexcept

@@ -1,5 +1,7 @@
 #include "PeriodicityAnalyzer.h"
 
+#include "ShiftedWindows.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -58,13 +60,6 @@ constexpr double kRefineBelowLag = 40.0;
 constexpr double kQuantScale = 2.0;
 constexpr int32_t kQuantLimit = 1 << 17;
 
-// 1 - sum (a - b)^2 / sum (a^2 + b^2) over a window, from the energies of its newer half a and
-// older half b and their cross term.
-double NormalisedFromSums(double newer, double older, double cross)
-{
-    return newer + older > 0.0 ? 2.0 * cross / (newer + older) : 0.0;
-}
-
 } // namespace
 
 PeriodicityAnalyzer::PeriodicityAnalyzer()
@@ -117,7 +112,9 @@ void PeriodicityAnalyzer::SetCancelledFrequency(double frequency) noexcept
     cancelledLag_ = lag >= 2.0 && lag <= lags_.max ? lag : 0.0;
     if (cancelledLag_ <= 0.0) {
         cancelCross_ = cancelPower_ = 0.0;
+        return;
     }
+    cancelKeep_ = 1.0 - 1.0 / (kGainPeriods * cancelledLag_);
 }
 
 void PeriodicityAnalyzer::Push(const int16_t* samples, uint32_t count) noexcept
@@ -156,9 +153,8 @@ double PeriodicityAnalyzer::Cancelled(int32_t value) noexcept
         p1 + 0.5 * f * (p2 - p0 + f * (2.0 * p0 - 5.0 * p1 + 4.0 * p2 - p3 + f * (3.0 * (p1 - p2) + p3 - p0)));
     // Scaled to the note's growth or decay per period (least squares, over about sixteen of
     // its periods): a note being released or swelling is cancelled as well as a steady one.
-    const double keep = 1.0 - 1.0 / (kGainPeriods * cancelledLag_);
-    cancelCross_ = keep * cancelCross_ + value * earlier;
-    cancelPower_ = keep * cancelPower_ + earlier * earlier;
+    cancelCross_ = cancelKeep_ * cancelCross_ + value * earlier;
+    cancelPower_ = cancelKeep_ * cancelPower_ + earlier * earlier;
     const double gain = cancelPower_ > 0.0 ? std::clamp(cancelCross_ / cancelPower_, 0.0, kMaxGain) : 1.0;
     return std::clamp(std::round(value - gain * earlier), -double(kQuantLimit), double(kQuantLimit));
 }
@@ -333,29 +329,10 @@ PeriodicityAnalyzer::Neighbours PeriodicityAnalyzer::FullRateNeighbours(int lag)
     if (uint64_t(lag) + 1 > refineWindow_) {
         return {FullRateNormalised(lag - 1), FullRateNormalised(lag), FullRateNormalised(lag + 1)};
     }
-    // All three share the window and its newer half; the older halves are the same stretch
-    // shifted by one sample, so their energies follow from one another.
-    const uint64_t window = refineWindow_;
-    const float* y = FullRateSince(window + lag + 1);
-    double newer = 0.0;
-    double older = 0.0; // of the longest lag
-    double crossLonger = 0.0;
-    double crossLag = 0.0;
-    double crossShorter = 0.0;
-    for (uint64_t k = 0; k < window; ++k) {
-        const double a = y[k + lag + 1];
-        const double b = y[k];
-        newer += a * a;
-        older += b * b;
-        crossLonger += a * b;
-        crossLag += a * y[k + 1];
-        crossShorter += a * y[k + 2];
-    }
-    const auto square = [](double v) { return v * v; };
-    const double olderLag = older - square(y[0]) + square(y[window]);
-    const double olderShorter = olderLag - square(y[1]) + square(y[window + 1]);
-    return {NormalisedFromSums(newer, olderShorter, crossShorter), NormalisedFromSums(newer, olderLag, crossLag),
-            NormalisedFromSums(newer, older, crossLonger)};
+    // All three share the window (ShiftedWindows.h): the longest lag's older window comes first.
+    const float* y = FullRateSince(refineWindow_ + lag + 1);
+    const ThreeShifts n = NormalisedAgainstShifts(y + lag + 1, y, refineWindow_);
+    return {n.third, n.second, n.first};
 }
 
 double PeriodicityAnalyzer::RefineAtFullRate(double decimatedLag) const noexcept

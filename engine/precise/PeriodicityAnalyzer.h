@@ -111,6 +111,7 @@ private:
     double cancelledLag_ = 0.0; // decimated samples; 0 = none
     double cancelCross_ = 0.0;  // of the input with itself one cancelled period earlier
     double cancelPower_ = 0.0;  // of the input one cancelled period earlier
+    double cancelKeep_ = 0.0;   // how much of both sums one sample keeps
     double analysisRate_ = 44100.0;
 };
 
