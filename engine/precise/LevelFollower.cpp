@@ -9,13 +9,20 @@ namespace {
 
 // The classic engine's envelope decays by 1023/1024 per sample at 44.1 kHz: 23 ms.
 constexpr double kPeakDecaySeconds = 0.0232;
-// The floor follows the power down at once and up this slowly, so a rise is measured from the
-// lowest recent power (the gap or the decay before a new attack).
-constexpr double kFloorRiseSeconds = 0.05;
+// A rise is measured from the lowest power of this long before it (the gap or the decay before
+// a new attack): a re-articulated note comes back within some tens of milliseconds, and a
+// floor that crept up behind it would hide the rise.
+constexpr double kFloorSeconds = 0.03;
 // An attack is a power rise of 6 dB (twice the amplitude) over the floor; the detector re-arms once the power has
 // settled to within 2 dB of the floor, so one attack fires once.
 const double kAttackRatio = std::pow(10.0, 0.6);
 const double kRearmRatio = std::pow(10.0, 0.2);
+// A sound whose level keeps swelling and sinking on its own (voices beating against each
+// other, a chorus) stands above its recent minimum much of the time. The median of that
+// height, followed at up to 20 dB per second, says how rough the level is; an attack must rise
+// three times as much further, about one and a half of the sound's own swings.
+constexpr double kRoughnessDbPerSecond = 20.0;
+constexpr double kRoughnessWeight = 3.0;
 // The ceiling follows the power up at once and down by 20 dB per second, faster than a held
 // note fades (a bass string, a decaying piano-like sample) and far slower than a release
 // (hundreds of dB per second). A release is a fall of 9 dB below the ceiling; the detector
@@ -35,7 +42,11 @@ void LevelFollower::Configure(double rate) noexcept
     peakDecay_ = std::exp(-1.0 / (kPeakDecaySeconds * rate));
     rate_ = rate;
     previousIn_ = previousOut_ = 0.0;
-    peak_ = floorPower_ = ceilingPower_ = 0.0;
+    peak_ = ceilingPower_ = 0.0;
+    lowestBefore_.fill(0.0);
+    nextLowest_ = 0;
+    lowest_ = lowestSeconds_ = 0.0;
+    roughnessDb_ = 0.0;
     armed_ = releaseArmed_ = true;
 }
 
@@ -51,20 +62,34 @@ void LevelFollower::Push(const int16_t* samples, uint32_t count) noexcept
     }
 }
 
+double LevelFollower::FollowFloor(double power, double seconds) noexcept
+{
+    lowest_ = lowestSeconds_ > 0.0 ? std::min(lowest_, power) : power;
+    lowestSeconds_ += seconds;
+    if (lowestSeconds_ >= kFloorSeconds / double(lowestBefore_.size())) {
+        lowestBefore_[nextLowest_] = lowest_;
+        nextLowest_ = (nextLowest_ + 1) % lowestBefore_.size();
+        lowestSeconds_ = 0.0;
+    }
+    return std::min(lowest_, *std::min_element(lowestBefore_.begin(), lowestBefore_.end()));
+}
+
 LevelFollower::Events LevelFollower::Follow(double power, uint32_t samples, double marginDb) noexcept
 {
     const double margin = std::pow(10.0, marginDb / 10.0);
     const double seconds = double(samples) / rate_;
-    const double rise = 1.0 - std::exp(-seconds / kFloorRiseSeconds);
-    floorPower_ = power < floorPower_ ? power : floorPower_ + rise * (power - floorPower_);
+    const double floor = FollowFloor(power, seconds);
     ceilingPower_ = std::max(power, ceilingPower_ * std::pow(10.0, -kCeilingFallDbPerSecond * seconds / 10.0));
     Events events;
     if (power < kSilentPower) {
         armed_ = true;
         return events;
     }
-    const double ratio = power / std::max(floorPower_, kSilentPower);
-    if (armed_ && ratio > kAttackRatio * margin) {
+    const double ratio = power / std::max(floor, kSilentPower);
+    // A step towards the new height, up or down, settles where half the heights lie above.
+    const double step = kRoughnessDbPerSecond * seconds;
+    roughnessDb_ = std::max(0.0, roughnessDb_ + (10.0 * std::log10(ratio) > roughnessDb_ ? step : -step));
+    if (armed_ && ratio > kAttackRatio * margin * std::pow(10.0, kRoughnessWeight * roughnessDb_ / 10.0)) {
         armed_ = false;
         events.attack = true;
     } else if (ratio < kRearmRatio) {

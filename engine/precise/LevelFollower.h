@@ -10,6 +10,8 @@
 // Thread contract: audio thread only; never allocates.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace vocato::precise {
@@ -27,16 +29,26 @@ public:
     // Once per frame, with the power of the latest period, the samples since the last frame
     // and a margin (dB) by which both the attack and the release thresholds grow.
     Events Follow(double power, uint32_t samples, double marginDb) noexcept;
+
     double Peak() const noexcept { return peak_; }
 
 private:
+    // The lowest power within the attack window, this frame's included.
+    double FollowFloor(double power, double seconds) noexcept;
+
     double dcPole_ = 0.0;
     double peakDecay_ = 0.0;
     double rate_ = 44100.0;
     double previousIn_ = 0.0;
     double previousOut_ = 0.0;
     double peak_ = 0.0;
-    double floorPower_ = 0.0;
+    // The lowest power of each of the last few stretches of the attack window, and of the
+    // stretch under way.
+    std::array<double, 6> lowestBefore_{};
+    std::size_t nextLowest_ = 0;
+    double lowest_ = 0.0;
+    double lowestSeconds_ = 0.0;
+    double roughnessDb_ = 0.0; // the median height of the power above that lowest, dB
     double ceilingPower_ = 0.0;
     bool armed_ = true;
     bool releaseArmed_ = true;
