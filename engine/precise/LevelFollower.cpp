@@ -15,7 +15,7 @@ constexpr double kPeakDecaySeconds = 0.0232;
 constexpr double kFloorSeconds = 0.03;
 // An attack is a power rise of 6 dB (twice the amplitude) over the floor; the detector re-arms once the power has
 // settled to within 2 dB of the floor, so one attack fires once.
-const double kAttackRatio = std::pow(10.0, 0.6);
+constexpr double kAttackDb = 6.0;
 const double kRearmRatio = std::pow(10.0, 0.2);
 // A sound whose level keeps swelling and sinking on its own (voices beating against each
 // other, a chorus) stands above its recent minimum much of the time. The median of that
@@ -86,10 +86,11 @@ LevelFollower::Events LevelFollower::Follow(double power, uint32_t samples, doub
         return events;
     }
     const double ratio = power / std::max(floor, kSilentPower);
+    const double riseDb = 10.0 * std::log10(ratio);
     // A step towards the new height, up or down, settles where half the heights lie above.
     const double step = kRoughnessDbPerSecond * seconds;
-    roughnessDb_ = std::max(0.0, roughnessDb_ + (10.0 * std::log10(ratio) > roughnessDb_ ? step : -step));
-    if (armed_ && ratio > kAttackRatio * margin * std::pow(10.0, kRoughnessWeight * roughnessDb_ / 10.0)) {
+    roughnessDb_ = std::max(0.0, roughnessDb_ + (riseDb > roughnessDb_ ? step : -step));
+    if (armed_ && riseDb > kAttackDb + marginDb + kRoughnessWeight * roughnessDb_) {
         armed_ = false;
         events.attack = true;
     } else if (ratio < kRearmRatio) {
