@@ -1,36 +1,8 @@
 // Note events of the precise tracker: re-struck repeated notes, silence and noise, note ends,
-// level modes, independence from block sizes, and no allocation while processing.
+// level modes and independence from block sizes.
 #include "PreciseTestSupport.h"
 
 #include <gtest/gtest.h>
-
-#include <atomic>
-#include <cstdlib>
-#include <new>
-
-namespace {
-std::atomic<bool> gCounting{false};
-std::atomic<long> gAllocations{0};
-
-void* CountedMalloc(std::size_t size) noexcept {
-    if (gCounting.load(std::memory_order_relaxed)) {
-        gAllocations.fetch_add(1, std::memory_order_relaxed);
-    }
-    return std::malloc(size == 0 ? 1 : size);
-}
-} // namespace
-
-// Counts the allocations made while gCounting is set; GoogleTest itself allocates freely.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-void* operator new(std::size_t size) {
-    if (void* p = CountedMalloc(size)) {
-        return p;
-    }
-    throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return CountedMalloc(size); }
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
 namespace {
 
@@ -164,33 +136,6 @@ TEST(PreciseNoteEvents, OutputDoesNotDependOnHowTheInputIsCutIntoBlocks) {
                 << "frame " << f << " with blocks of " << block;
         }
     }
-}
-
-TEST(PreciseNoteEvents, ProcessingAndParameterChangesAllocateNothing) {
-    const auto signal = Concat({PlayedNote(45, 2.0), AddNoise(Silence(1.0), -30), PlayedNote(64, 2.0)});
-    auto tracker = MakeTracker();
-    WFETMidiOut out{-1, -1, 0, 8192, 0};
-    int notes = 0;
-    gAllocations = 0;
-    gCounting = true;
-    for (int pass = 0; pass < 2; ++pass) {
-        for (size_t i = 0; i + 16 <= signal.size(); i += 16) {
-            tracker->Process(signal.data() + i, 32);
-            tracker->Calc(&out);
-            notes += out.noteOn >= 0 ? 1 : 0;
-            if (i % 88000 == 0) {
-                // Rate and range changes re-derive the analysis in place.
-                tracker->Set(WFET_SAMPLE_RATE, pass == 0 ? 192000 : 44100);
-                tracker->Set(WFET_MIN_NOTE, 11);
-                tracker->Set(WFET_MAX_FREQ, pass == 0 ? 90000 : 2000);
-                tracker->Set(WFET_MIN_NOTE, 36);
-                tracker->Set(WFET_BEND_RANGE, 3);
-            }
-        }
-    }
-    gCounting = false;
-    EXPECT_EQ(gAllocations.load(), 0);
-    EXPECT_GT(notes, 0);
 }
 
 } // namespace
