@@ -15,19 +15,20 @@ DifferenceBank::DifferenceBank()
       energy_(new uint64_t[kCapacity]), sums_(new double[kMaxLag + 2]), window_(new int32_t[kMaxLag + 2]),
       normalised_(new double[kMaxLag + 2])
 {
-    Reset(2, 2);
+    Reset(2, 2, 2);
 }
 
-void DifferenceBank::Reset(int maxLag, int minWindow) noexcept
+void DifferenceBank::Reset(int maxLag, int minWindow, int maxWindow) noexcept
 {
     maxLag_ = std::clamp(maxLag, 2, kMaxLag);
     minWindow_ = std::clamp(minWindow, 2, maxLag_ + 1);
+    maxWindow_ = std::clamp(maxWindow, minWindow_, maxLag_ + 1);
     // The oldest reads go back two of the longest windows and lags, and Power a few ms more.
     ringSize_ = std::bit_ceil(uint64_t(2 * (maxLag_ + 2)) + 256);
     mask_ = ringSize_ - 1;
     halfMask_ = ringSize_ / 2 - 1;
     for (int lag = 1; lag <= maxLag_ + 1; ++lag) {
-        window_[lag] = std::max(minWindow_, lag);
+        window_[lag] = Window(lag);
     }
     std::fill_n(past_.get(), 2 * ringSize_, 0.0);
     for (std::unique_ptr<double[]>& ring : pastByTwo_) {
@@ -55,6 +56,7 @@ void DifferenceBank::Push(int32_t value) noexcept
     const double v = value;
     double* sums = sums_.get();
     const int w = minWindow_;
+    const int longest = maxWindow_;
     const int last = maxLag_ + 1;
     // Lags shorter than the minimum window share one window length ...
     for (int lag = 1; lag < w; ++lag) {
@@ -62,10 +64,16 @@ void DifferenceBank::Push(int32_t value) noexcept
         const double leave = x[w] - x[w + lag];
         sums[lag] += enter * enter - leave * leave;
     }
-    // ... and the others are compared over one period of their own.
-    for (int lag = w; lag <= last; ++lag) {
+    // ... the others are compared over one period of their own ...
+    for (int lag = w; lag <= std::min(longest, last); ++lag) {
         const double enter = v - x[lag];
         const double leave = x[lag] - x2[lag];
+        sums[lag] += enter * enter - leave * leave;
+    }
+    // ... up to the maximum window, which the longest lags share again.
+    for (int lag = longest + 1; lag <= last; ++lag) {
+        const double enter = v - x[lag];
+        const double leave = x[longest] - x[longest + lag];
         sums[lag] += enter * enter - leave * leave;
     }
 }

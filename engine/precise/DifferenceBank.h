@@ -1,7 +1,8 @@
 // Running square-difference sums of one decimated stream, for every lag at once.
 //
 // For every lag tau the bank holds the sum of (x[j] - x[j - tau])^2 over the last W(tau)
-// samples, with W(tau) one period of tau but never less than a minimum, and turns it into the
+// samples, with W(tau) one period of tau but never less than a minimum nor more than a
+// maximum, and turns it into the
 // normalised square-difference function (McLeod and Wyvill, "A smarter way to find pitch",
 // 2005): 1 - sum / (energy of both windows), 1 for an exact repetition, about 0 for noise.
 // Samples are integers and the sums exact (integers below 2^53 in doubles, which vectorise
@@ -12,6 +13,7 @@
 // allocates.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <memory>
@@ -28,7 +30,7 @@ public:
     DifferenceBank();
 
     // Forgets the past (silence) and sets lags 1 .. maxLag + 1.
-    void Reset(int maxLag, int minWindow) noexcept;
+    void Reset(int maxLag, int minWindow, int maxWindow) noexcept;
     void Push(int32_t value) noexcept;
     // Fills Normalised() for lags 1 .. maxLag + 1.
     void Normalise() noexcept;
@@ -36,7 +38,7 @@ public:
     const double* Normalised() const noexcept { return normalised_.get(); }
     // The highest normalised square difference of the newest `window` samples with those
     // lag - 1, lag or lag + 1 samples before them, computed on demand: the running sums judge
-    // every lag over a window of its own length, which a long lag fills only late.
+    // every lag over its own window, which a long lag fills only late.
     // window + lag + 1 <= 2 * (maxLag + 2).
     double NormalisedNear(int lag, int window) const noexcept;
     // Sample `back` samples before the newest (0 = newest), back <= 2 * (maxLag + 1).
@@ -44,7 +46,8 @@ public:
     // Mean square of the newest `length` samples.
     double Power(uint64_t length) const noexcept;
     uint64_t Count() const noexcept { return count_; }
-    int MinWindow() const noexcept { return minWindow_; }
+    // The window W(lag) of any lag, also beyond the configured ones.
+    int Window(int lag) const noexcept { return std::clamp(lag, minWindow_, maxWindow_); }
 
 private:
     // The rings are allocated for the largest lag but only as much of them is used as the
@@ -74,6 +77,7 @@ private:
     uint64_t count_ = 0;
     int maxLag_ = 2;
     int minWindow_ = 2;
+    int maxWindow_ = 2;
 };
 
 } // namespace vocato::precise

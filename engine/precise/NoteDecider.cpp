@@ -13,9 +13,9 @@ namespace {
 // around 0.9.
 constexpr double kStartClarity = 0.85;
 constexpr double kHoldClarity = 0.6;
-// A note starts once the same nearest note has held steadily this long: half a period of it,
-// and never less than 6 ms, so an attack's first unsettled periods do not start a wrong note.
-constexpr double kConfirmPeriods = 0.5;
+// A note starts once the same nearest note has held steadily this long, half the longest
+// analysis window (PeriodicityAnalyzer.h), so an attack's first unsettled periods do not start
+// a wrong note.
 constexpr double kConfirmSeconds = 0.006;
 // Steady means the pitch stays within this span: a glide, or the mixture of a released note
 // with the next one, moves further and restarts the confirmation.
@@ -34,10 +34,8 @@ constexpr double kBreakDeviations = 4.0;
 // The note's typical periodicity is a running mean over about 30 ms of frames.
 constexpr double kClaritySeconds = 0.03;
 // A sounding note changes when the pitch has been this far beyond the half-semitone border
-// for half a period (at least 6 ms); vibrato of +-50 cents around the note stays inside.
+// for as long as a note needs to start; vibrato of +-50 cents around the note stays inside.
 constexpr double kChangeMargin = 0.25;
-constexpr double kChangePeriods = 0.5;
-constexpr double kChangeSeconds = 0.006;
 // Octave jumps are the typical error of period trackers: they must hold twice as long.
 constexpr double kOctaveFactor = 2.0;
 // A note ends once the level has stayed below the hold level this long. Dropouts of
@@ -95,11 +93,6 @@ int Nearest(double pitch) { return static_cast<int>(std::floor(pitch + 0.5)); }
 bool SameNote(double a, double b) { return std::abs(12.0 * std::log2(a / b)) < kSameNote; }
 
 uint32_t Samples(double seconds, double rate) { return static_cast<uint32_t>(seconds * rate); }
-
-uint32_t PeriodsOr(double periods, double seconds, double frequency, double rate)
-{
-    return std::max(Samples(periods / frequency, rate), Samples(seconds, rate));
-}
 
 int LevelValue(const PreciseSettings& s, double level)
 {
@@ -172,7 +165,7 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
         return;
     }
     TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
-    if (candidateSamples_ >= PeriodsOr(kConfirmPeriods, kConfirmSeconds, f.frequency, s.sampleRate)) {
+    if (candidateSamples_ >= Samples(kConfirmSeconds, s.sampleRate)) {
         StartNote(s, f, candidate_, out);
         WriteBendAndExpression(s, f, pitch, out);
     }
@@ -224,7 +217,7 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
         const int nearest = Nearest(pitch);
         TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
         const double factor = std::abs(std::abs(candidate_ - note_) - 12) <= 1 ? kOctaveFactor : 1.0;
-        if (candidateSamples_ >= factor * PeriodsOr(kChangePeriods, kChangeSeconds, f.frequency, s.sampleRate)) {
+        if (candidateSamples_ >= factor * Samples(kConfirmSeconds, s.sampleRate)) {
             out->noteOff = static_cast<int16_t>(note_);
             StartNote(s, f, candidate_, out);
         }

@@ -18,8 +18,12 @@ constexpr uint64_t kFullRateMask = kFullRateSize - 1;
 constexpr double kLowestFrequency = 14.0;
 
 // Short periods span only a few samples, and a window of one of them is no average at all:
-// every lag's window is at least this long.
+// every lag's window is at least this long. A long period holds many cycles of its harmonics
+// within a part of it: waiting for two whole periods of a low note (50 ms for a bass's E1)
+// before its first estimate costs more time than it buys certainty, so no window is longer
+// than this.
 constexpr double kMinWindowSeconds = 0.002;
+constexpr double kMaxWindowSeconds = 0.012;
 // The decimated stream keeps at least 3.2 kHz of the spectrum (several harmonics of any sung
 // note) and the first two harmonics of the highest tracked note, whose period then spans at
 // least five samples; the full-rate refinement restores the precision.
@@ -84,11 +88,12 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
         return range;
     };
     lags_ = rangeAt(analysisRate_);
-    signal_.Reset(lags_.max, std::max(2, static_cast<int>(kMinWindowSeconds * analysisRate_)));
+    const auto windowAt = [](double seconds, double rate) { return std::max(2, static_cast<int>(seconds * rate)); };
+    signal_.Reset(lags_.max, windowAt(kMinWindowSeconds, analysisRate_), windowAt(kMaxWindowSeconds, analysisRate_));
     residualStep_ = analysisRate_ / 2.0 >= std::max(kMinResidualRate, kResidualRateOverHighest * high) ? 2 : 1;
     const double residualRate = analysisRate_ / residualStep_;
     residualLags_ = rangeAt(residualRate);
-    residual_.Reset(residualLags_.max, std::max(2, static_cast<int>(kMinWindowSeconds * residualRate)));
+    residual_.Reset(residualLags_.max, windowAt(kMinWindowSeconds, residualRate), windowAt(kMaxWindowSeconds, residualRate));
     residualPhase_ = 0;
     residualPrevious_[0] = residualPrevious_[1] = 0.0;
 
@@ -192,13 +197,13 @@ PeriodicityAnalyzer::Peak PeriodicityAnalyzer::InterpolatedPeak(const double* n,
 bool PeriodicityAnalyzer::Repeats(const DifferenceBank& bank, KeyMaximum& m, const LagRange& range) const noexcept
 {
     if (m.repeats < 0) {
-        // The newest period against the one two periods back: over a window of the lag's own
-        // length, not the doubled lag's, so a note is recognised after three of its periods
-        // rather than four. Asked only of the key maxima that compete, since it costs a pass
+        // The newest period against the one two periods back: over the lag's own window, not
+        // the doubled lag's, so a note is recognised after three of its periods rather than
+        // four. Asked only of the key maxima that compete, since it costs a pass
         // over the window.
         const int twice = 2 * m.lag;
         const bool beyond = twice > range.max;
-        m.repeats = beyond || bank.NormalisedNear(twice, std::max(m.lag, bank.MinWindow())) >= kRepeatFactor * m.value;
+        m.repeats = beyond || bank.NormalisedNear(twice, bank.Window(m.lag)) >= kRepeatFactor * m.value;
     }
     return m.repeats == 1;
 }

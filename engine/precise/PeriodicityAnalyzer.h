@@ -5,8 +5,9 @@
 //
 // Decimating first (the tracked range decides by how much) makes the cost per input sample
 // proportional to (decimated rate)^2 / lowest frequency, which is what keeps the tracker
-// cheap. Each lag is judged over one of its own periods (at least 2 ms), so high notes are
-// found after a few milliseconds while low notes still get a whole period.
+// cheap. Each lag is judged over one of its own periods (at least 2 ms, at most 12 ms), so
+// high notes are found after a few milliseconds while low notes get a whole period, or as
+// much of a very long one as their harmonics need.
 //
 // A second bank analyses the input with the sounding note cancelled: a comb filter that
 // subtracts the input one period of that note earlier (de Cheveigné's harmonic cancellation,

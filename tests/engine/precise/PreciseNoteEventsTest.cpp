@@ -79,6 +79,19 @@ TEST(PreciseNoteEvents, NoteEndsSoonAfterTheSoundStopsOrAtItsRelease) {
     }
 }
 
+TEST(PreciseNoteEvents, LowNotesStartWithinAPeriodAndALimitedWindow) {
+    // Every period is compared with the one before it over at most 12 ms, so even the lowest
+    // notes of a bass start about a period, that window and the 6 ms confirmation after their
+    // 10 ms attack ramp, not after two and a half of their long periods.
+    for (int note : {24, 28, 33, 40}) {
+        const double period = 1.0 / NoteFrequency(note);
+        const TrackRun run = Track(*MakeTracker({.minNote = 24, .maxNote = 56}), Padded(PlayedNote(note, 0.6)));
+        ASSERT_EQ(run.NoteNumbers(), std::vector<int>{note});
+        const double start = run.notes[0].onFrame * 16 / 44100.0 - 0.1;
+        EXPECT_LT(start, 0.01 + period + 0.012 + 0.006 + 0.005) << note;
+    }
+}
+
 TEST(PreciseNoteEvents, LevelModesWriteVelocityAndExpressionLikeTheEngine) {
     const auto tone = Concat({Render({.frequency = 330, .seconds = 0.3, .levelDb = -12}), Silence(0.1)});
     // The first note-on's record, and one from the middle of the note.
