@@ -77,9 +77,14 @@ constexpr double kUnclearMarginDb = 40.0;
 // notes beside a performance. Quiet only means something next to the performance's own level:
 // a sound this far (20 dB) below the loudest clearly periodic sound heard lately is quiet, and
 // a performance that is quiet as a whole (a distant microphone, a low input gain) still starts
-// notes, down to a little (3 dB) above the hold level, the floor of everything.
+// notes, down to a little (3 dB) above the hold level, the floor of every start.
 constexpr double kQuietRatio = 0.1;
 const double kStartAboveHold = std::sqrt(2.0);
+// Once started, a note of a quiet performance keeps sounding while it stays that far above the
+// performance's quiet level (3 dB under it), whatever the hold level says: its soft passages
+// are as soft as everyone's, only further down. The hold level gives way by up to 20 dB; no
+// note starts below it, so a quiet background still starts nothing.
+constexpr double kHoldGiveWay = 0.1;
 // How fast the memory of a loud passage fades, so a quiet passage long after it is heard again.
 constexpr double kLoudestFallDbPerSecond = 3.0;
 
@@ -189,10 +194,11 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
         releasedNote_ = released;
         return;
     }
-    const bool voiced = f.frequency > 0.0 && f.clarity >= kHoldClarity && f.level > s.holdLevel;
+    const double hold = HoldLevel(s);
+    const bool voiced = f.frequency > 0.0 && f.clarity >= kHoldClarity && f.level > hold;
     if (!voiced) {
         gapSamples_ += f.samples;
-        const double tolerance = f.level > s.holdLevel ? kDropoutSeconds : kGapSeconds;
+        const double tolerance = f.level > hold ? kDropoutSeconds : kGapSeconds;
         if (gapSamples_ >= Samples(tolerance, s.sampleRate)) {
             EndNote(out);
         }
@@ -233,6 +239,11 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
 double NoteDecider::StartLevel(const PreciseSettings& s) const noexcept
 {
     return std::min(s.startLevel, std::max(s.holdLevel * kStartAboveHold, kQuietRatio * loudest_));
+}
+
+double NoteDecider::HoldLevel(const PreciseSettings& s) const noexcept
+{
+    return std::min(s.holdLevel, std::max(s.holdLevel * kHoldGiveWay, kQuietRatio * loudest_ / kStartAboveHold));
 }
 
 void NoteDecider::FollowLoudest(const PreciseSettings& s, const FrameFeatures& frame) noexcept

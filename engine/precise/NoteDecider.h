@@ -53,6 +53,8 @@ private:
     void FollowRinging(const PreciseSettings& s, const FrameFeatures& frame) noexcept;
     // The level a note must exceed to start: the start level, or less in a quiet performance.
     double StartLevel(const PreciseSettings& s) const noexcept;
+    // The level a sounding note must stay above: the hold level, or less in a quiet performance.
+    double HoldLevel(const PreciseSettings& s) const noexcept;
     void FollowLoudest(const PreciseSettings& s, const FrameFeatures& frame) noexcept;
     void ClearCandidate() noexcept;
     // Whether what is left with the ringing note cancelled grows again: the note before that
