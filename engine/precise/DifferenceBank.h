@@ -2,9 +2,9 @@
 //
 // For every lag tau the bank holds the sum of (x[j] - x[j - tau])^2 over the last W(tau)
 // samples, with W(tau) one period of tau but never less than a minimum nor more than a
-// maximum, and turns it into the
-// normalised square-difference function (McLeod and Wyvill, "A smarter way to find pitch",
-// 2005): 1 - sum / (energy of both windows), 1 for an exact repetition, about 0 for noise.
+// maximum, and turns it into the normalised square-difference function (McLeod and Wyvill,
+// "A smarter way to find pitch", 2005): 1 - sum / (energy of both windows), 1 for an exact
+// repetition, about 0 for noise.
 // Samples are integers and the sums exact (integers below 2^53 in doubles, which vectorise
 // better than 64-bit integers), so they never drift and the result does not depend on how the
 // input was cut into blocks.

@@ -199,8 +199,8 @@ bool PeriodicityAnalyzer::Repeats(const DifferenceBank& bank, KeyMaximum& m, con
     if (m.repeats < 0) {
         // The newest period against the one two periods back: over the lag's own window, not
         // the doubled lag's, so a note is recognised after three of its periods rather than
-        // four. Asked only of the key maxima that compete, since it costs a pass
-        // over the window.
+        // four. Asked only of the key maxima that compete, since it costs a pass over the
+        // window.
         const int twice = 2 * m.lag;
         const bool beyond = twice > range.max;
         m.repeats = beyond || bank.NormalisedNear(twice, bank.Window(m.lag)) >= kRepeatFactor * m.value;
