@@ -1,5 +1,6 @@
 // Note events of the precise tracker: re-struck repeated notes, silence and noise, note ends,
-// level modes and independence from block sizes.
+// a quiet performance's soft notes, how soon low notes start, level modes and independence
+// from block sizes.
 #include "PreciseTestSupport.h"
 
 #include <gtest/gtest.h>
