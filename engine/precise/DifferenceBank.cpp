@@ -6,6 +6,14 @@
 #include <bit>
 #include <cmath>
 
+// Push's loops over the lags run four doubles wide where the processor has AVX2, two wide
+// elsewhere. The sums are exact integers, so the result is the same either way.
+#if defined(__GNUC__) && !defined(__clang__) && defined(__x86_64__)
+#define VOCATO_WIDE_WHERE_AVAILABLE __attribute__((target_clones("avx2", "default")))
+#else
+#define VOCATO_WIDE_WHERE_AVAILABLE
+#endif
+
 namespace vocato::precise {
 
 // Left uninitialised on purpose (Reset clears what is used): see kCapacity.
@@ -40,7 +48,7 @@ void DifferenceBank::Reset(int maxLag, int minWindow, int maxWindow) noexcept
     count_ = 0;
 }
 
-void DifferenceBank::Push(int32_t value) noexcept
+VOCATO_WIDE_WHERE_AVAILABLE void DifferenceBank::Push(int32_t value) noexcept
 {
     const uint64_t t = count_++;
     energy_[t & mask_] = energy_[(t - 1) & mask_] + uint64_t(int64_t(value) * value);
