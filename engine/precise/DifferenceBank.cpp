@@ -7,8 +7,10 @@
 #include <cmath>
 
 // Push's loops over the lags run four doubles wide where the processor has AVX2, two wide
-// elsewhere. The sums are exact integers, so the result is the same either way.
-#if defined(__GNUC__) && !defined(__clang__) && defined(__x86_64__)
+// elsewhere. The sums are exact integers, so the result is the same either way. The loader
+// picks the version before ThreadSanitizer's runtime has started, which then crashes the
+// program, so a ThreadSanitizer build keeps the one.
+#if defined(__GNUC__) && !defined(__clang__) && defined(__x86_64__) && !defined(__SANITIZE_THREAD__)
 #define VOCATO_WIDE_WHERE_AVAILABLE __attribute__((target_clones("avx2", "default")))
 #else
 #define VOCATO_WIDE_WHERE_AVAILABLE
