@@ -309,9 +309,6 @@ void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples, ui
     // A stray frame (a formant taken for the period, a burst of noise) only pauses the
     // candidate; a rival pitch replaces it once it has been seen for longer, or once the
     // candidate has been missing for longer than the patience.
-    if (nearest != rival_) {
-        rivalFirst_ = pitch;
-    }
     rivalSamples_ = nearest == rival_ ? rivalSamples_ + samples : samples;
     rival_ = nearest;
     candidateMisses_ += samples;
@@ -319,14 +316,9 @@ void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples, ui
         return;
     }
     candidate_ = nearest;
-    // What the rival has built up counts only if it held still, and its pitch then stays part
-    // of the candidate's span: a slide passing through a note is no note, however long it
-    // takes to cross it.
-    const bool held = std::abs(pitch - rivalFirst_) <= kSteadySpan;
-    candidateSamples_ = held ? rivalSamples_ : samples;
+    candidateSamples_ = rivalSamples_;
     candidateMisses_ = 0;
-    candidateLow_ = held ? std::min(pitch, rivalFirst_) : pitch;
-    candidateHigh_ = held ? std::max(pitch, rivalFirst_) : pitch;
+    candidateLow_ = candidateHigh_ = pitch;
     rival_ = -1;
     rivalSamples_ = 0;
 }

@@ -80,7 +80,6 @@ private:
     uint32_t candidateMisses_ = 0; // unclear samples since the candidate was last seen
     int rival_ = -1;               // the other pitch seen meanwhile
     uint32_t rivalSamples_ = 0;
-    double rivalFirst_ = 0.0;      // its pitch when it was first seen
     double candidateLow_ = 0.0;
     double candidateHigh_ = 0.0;
     double noteClarity_ = 0.0;

@@ -176,22 +176,6 @@ TEST(PreciseTracking, SlideIntoANeighbourIsFollowedOnArrival) {
     }
 }
 
-// A singer's slide across a third or a fourth lingers 10-20 ms on each semitone it passes,
-// longer than a note takes to start, but it is no note.
-TEST(PreciseTracking, ASlowSlidePassesItsSemitonesWithoutNotes) {
-    for (auto [from, to, seconds] : {std::tuple{57, 61, 0.06}, std::tuple{64, 60, 0.06}, std::tuple{55, 60, 0.08}}) {
-        std::vector<int16_t> sung(static_cast<size_t>(0.9 * 44100));
-        double phase = 0;
-        for (size_t i = 0; i < sung.size(); ++i) {
-            const double slid = std::clamp((i / 44100.0 - 0.4) / seconds, 0.0, 1.0);
-            phase += 2 * std::numbers::pi * NoteFrequency(from + slid * (to - from)) / 44100;
-            sung[i] = Saturate(10000 * (std::sin(phase) + 0.5 * std::sin(2 * phase) + 0.3 * std::sin(3 * phase)));
-        }
-        EXPECT_EQ(Track(*MakeTracker(), Concat({sung, Silence(0.1)})).NoteNumbers(), (std::vector<int>{from, to}))
-            << from << " to " << to << " in " << seconds << " s";
-    }
-}
-
 // A sung note with vibrato, released into the next one a tone or two away: its tail fades
 // for a long while and beats with the new note, which must not bring the old one back.
 TEST(PreciseTracking, FadingTailOfAVibratoNoteDoesNotComeBack) {
