@@ -13,10 +13,6 @@ namespace {
 // around 0.9.
 constexpr double kStartClarity = 0.85;
 constexpr double kHoldClarity = 0.6;
-// A note starts once the same nearest note has held steadily this long, half the longest
-// analysis window (PeriodicityAnalyzer.h), so an attack's first unsettled periods do not start
-// a wrong note.
-constexpr double kConfirmSeconds = 0.006;
 // Steady means the pitch stays within this span: a glide, or the mixture of a released note
 // with the next one, moves further and restarts the confirmation.
 constexpr double kSteadySpan = 0.25;

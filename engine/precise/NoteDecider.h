@@ -36,6 +36,11 @@ struct FrameFeatures {
 
 class NoteDecider {
 public:
+    // A note starts once the same nearest note has held steadily this long, half the longest
+    // analysis window (PeriodicityAnalyzer.h), so an attack's first unsettled periods do not
+    // start a wrong note.
+    static constexpr double kConfirmSeconds = 0.006;
+
     void Decide(const PreciseSettings& settings, const FrameFeatures& frame, WFETMidiOut* out) noexcept;
 
     // The sounding note's current fine pitch in Hz, 0 when idle; the analysis keeps to it.

@@ -18,12 +18,8 @@ constexpr uint64_t kFullRateMask = kFullRateSize - 1;
 constexpr double kLowestFrequency = 14.0;
 
 // Short periods span only a few samples, and a window of one of them is no average at all:
-// every lag's window is at least this long. A long period holds many cycles of its harmonics
-// within a part of it: waiting for two whole periods of a low note (50 ms for a bass's E1)
-// before its first estimate costs more time than it buys certainty, so no window is longer
-// than this.
+// every lag's window is at least this long.
 constexpr double kMinWindowSeconds = 0.002;
-constexpr double kMaxWindowSeconds = 0.012;
 // The decimated stream keeps at least 3.2 kHz of the spectrum (several harmonics of any sung
 // note) and the first two harmonics of the highest tracked note, whose period then spans at
 // least five samples; the full-rate refinement restores the precision.
@@ -89,11 +85,11 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
     };
     lags_ = rangeAt(analysisRate_);
     const auto windowAt = [](double seconds, double rate) { return std::max(2, static_cast<int>(seconds * rate)); };
-    signal_.Reset(lags_.max, windowAt(kMinWindowSeconds, analysisRate_), windowAt(kMaxWindowSeconds, analysisRate_));
+    signal_.Reset(lags_.max, windowAt(kMinWindowSeconds, analysisRate_), windowAt(kLongestWindowSeconds, analysisRate_));
     residualStep_ = analysisRate_ / 2.0 >= std::max(kMinResidualRate, kResidualRateOverHighest * high) ? 2 : 1;
     const double residualRate = analysisRate_ / residualStep_;
     residualLags_ = rangeAt(residualRate);
-    residual_.Reset(residualLags_.max, windowAt(kMinWindowSeconds, residualRate), windowAt(kMaxWindowSeconds, residualRate));
+    residual_.Reset(residualLags_.max, windowAt(kMinWindowSeconds, residualRate), windowAt(kLongestWindowSeconds, residualRate));
     residualPhase_ = 0;
     residualPrevious_[0] = residualPrevious_[1] = 0.0;
 

@@ -37,6 +37,11 @@ struct PeriodEstimate {
 
 class PeriodicityAnalyzer {
 public:
+    // A long period holds many cycles of its harmonics within a part of it: waiting for two
+    // whole periods of a low note (50 ms for a bass's E1) before its first estimate costs more
+    // time than it buys certainty, so no lag is judged over more than this.
+    static constexpr double kLongestWindowSeconds = 0.012;
+
     PeriodicityAnalyzer();
 
     // Derives the decimation and the lag range and starts from silence.

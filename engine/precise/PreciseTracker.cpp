@@ -76,13 +76,14 @@ void PreciseTracker::Calc(WFETMidiOut* out) noexcept
 uint32_t PreciseTracker::DecisionDelaySamples() const noexcept
 {
     // For a note in the middle of the range (geometric mean): its periodicity passes the start
-    // threshold once a period and most of its window (one period, at most 12 ms) fill the
-    // analysis, then it must hold for the 6 ms confirmation, and the analysis that reports it
-    // runs every other frame, up to 32 samples later.
+    // threshold once a period and most of its window (one period, at most the longest window)
+    // fill the analysis, then it must hold for the confirmation, and the analysis that reports
+    // it runs every other frame, up to 32 samples later.
     const double lo = std::max(14.0, std::min(settings_.minFreq, settings_.maxFreq));
     const double hi = std::max(lo, std::max(settings_.minFreq, settings_.maxFreq));
     const double period = 1.0 / std::sqrt(lo * hi);
-    const double seconds = period + 0.75 * std::min(period, 0.012) + 0.006;
+    const double seconds = period + 0.75 * std::min(period, PeriodicityAnalyzer::kLongestWindowSeconds) +
+                           NoteDecider::kConfirmSeconds;
     return static_cast<uint32_t>(seconds * settings_.sampleRate) + 2 * kWFETFrameSamples;
 }
 
