@@ -1,8 +1,8 @@
 // The vocato executable: one subcommand per headless role; the window comes with no
 // subcommand.
 #include "ConvertCommand.h"
-#include "LiveCommand.h"
-#include "WindowRole.h"
+#include "LiveRoles.h"
+#include "RoleChoice.h"
 
 #include <CLI/CLI.hpp>
 
@@ -10,7 +10,7 @@
 
 int main(int argc, char** argv) {
     if (vocato::IsWindowRole(argc, argv)) {
-        return vocato::RunWindowRole(argc, argv);
+        return vocato::RunWindowRoleFromModule(argc, argv);
     }
     CLI::App app{"Vocato turns a voice or a monophonic instrument into MIDI.", "vocato"};
     app.require_subcommand(0, 1);
@@ -25,7 +25,7 @@ int main(int argc, char** argv) {
         return vocato::app::RunConvert(convert);
     }
     if (liveCommand->parsed()) {
-        return vocato::app::RunLive(live);
+        return vocato::RunLiveFromModule(live);
     }
     std::cout << app.help();
     return 0;

@@ -3,26 +3,21 @@
 #include "MediaNodeControlApp.h"
 #include "NodeHarnessApp.h"
 #include "Preferences.h"
+#include "RoleChoice.h"
 #include "WindowAlert.h"
 
 #include <QApplication>
-#include <QFileInfo>
 #include <QSocketNotifier>
 
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <unistd.h>
 
 namespace vocato {
 
 namespace {
-
-bool IsControlPanel(const char* arg) {
-    return std::strncmp(arg, "node=", 5) == 0;
-}
 
 // Qt aborts when it cannot reach a display; say what works without one instead.
 bool HasDisplay() {
@@ -102,15 +97,8 @@ void CloseOnSignals(NodeHarnessApp& app, QObject* owner) {
 
 } // namespace
 
-bool IsWindowRole(int argc, char** argv) {
-    if (argc < 2) {
-        return true;
-    }
-    return IsControlPanel(argv[1]) || QFileInfo(QString::fromLocal8Bit(argv[1])).isFile();
-}
-
 int RunWindowRole(int argc, char** argv) {
-    if (argc >= 2 && IsControlPanel(argv[1])) {
+    if (argc >= 2 && IsControlPanelArgument(argv[1])) {
         return ControlPanel(argc, argv);
     }
     if (!HasDisplay()) {

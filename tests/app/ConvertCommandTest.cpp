@@ -145,3 +145,25 @@ TEST(ConvertCommand, BadInputOutputOrOptionsGetAFailureStatusAndLeaveNoFileBehin
     EXPECT_NE(Vocato("convert " + tone + " -o " + out + " --tracker fast", dir).status, 0);
     EXPECT_FALSE(std::filesystem::exists(out));
 }
+
+// The executable converts on its own; the window and `vocato live` come from the module beside
+// it, and without that module they fail with a reason instead of a loader's crash.
+TEST(ConvertCommand, ConvertsWithoutTheModuleThatTheWindowAndLiveRolesNeed) {
+    TempDir dir;
+    const std::string lone = dir.File("vocato");
+    std::filesystem::copy_file(VOCATO_EXE, lone);
+    const std::string in = Tone(dir, "a4.wav", 44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    const std::string err = dir.File("stderr.txt");
+
+    const auto convert = vocato::test::RunCommand(lone + " convert " + in + " -o " +
+                                                  dir.File("a4.mid") + " --quiet 2>" + err);
+    ASSERT_EQ(convert.status, 0) << ReadFile(err);
+    EXPECT_EQ(KeysOf(ReadMidiWithMido(dir.File("a4.mid")), '9'), std::vector<int>{69});
+
+    for (const std::string role : {"live --no-synth", ""}) {
+        const auto run = vocato::test::RunCommand(lone + " " + role + " 2>" + err);
+        EXPECT_EQ(run.status, 1) << role;
+        EXPECT_NE(ReadFile(err).find("cannot load the window and live roles"), std::string::npos)
+            << role << ": " << ReadFile(err);
+    }
+}
