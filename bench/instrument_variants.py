@@ -1,0 +1,100 @@
+#!/usr/bin/env python3
+"""The public melodies played again by another General MIDI instrument, in another register.
+
+The public set plays each melody on one instrument in one register. This plays the melodies
+of the chosen split on --program, --transpose semitones from the written melody (each file's
+published transposition is undone first), renders them with the `fluidsynth` command (Debian
+package fluidsynth) and a soundfont, and writes the benchmark's layout with the converter
+settings of --preset. Melodies with a note outside --range are left out.
+
+    python3 bench/instrument_variants.py /tmp/recorder --program 74 --preset 20 --range 55 91
+    python3 bench/accuracy.py --data /tmp/recorder --converter precise='...' --split all
+"""
+
+import argparse
+import json
+import os
+import subprocess
+import sys
+import tempfile
+import wave
+
+import mido
+import numpy as np
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+from transcription.dataset import default_data_dir, load_manifest, select_split  # noqa: E402
+from transcription.notes import read_csv_notes  # noqa: E402
+
+RATE = 44100
+# The published files peak around -5 dBFS.
+PEAK_DB = -4.0
+
+
+def transposed_midi(source, target, shift, program):
+    song = mido.MidiFile(source)
+    for track in song.tracks:
+        for i, message in enumerate(track):
+            if message.type in ("note_on", "note_off"):
+                track[i] = message.copy(note=message.note + shift)
+            elif message.type == "program_change":
+                track[i] = message.copy(program=program)
+    song.save(target)
+
+
+def render(midi_path, soundfont, wav_path):
+    """fluidsynth renders stereo at its own gain; the benchmark's files are mono and normalised."""
+    with tempfile.NamedTemporaryFile(suffix=".wav") as raw:
+        subprocess.run(["fluidsynth", "-ni", "-q", "-R", "0", "-C", "0", "-r", str(RATE), "-T", "wav",
+                        "-F", raw.name, soundfont, midi_path], check=True, stdout=subprocess.DEVNULL)
+        with wave.open(raw.name) as w:
+            frames = np.frombuffer(w.readframes(w.getnframes()), dtype=np.int16).reshape(-1, w.getnchannels())
+    mono = frames[:, 0].astype(float)
+    mono *= 10 ** (PEAK_DB / 20) * 32767 / (np.max(np.abs(mono)) + 1e-9)
+    with wave.open(wav_path, "wb") as w:
+        w.setnchannels(1)
+        w.setsampwidth(2)
+        w.setframerate(RATE)
+        w.writeframes(mono.astype(np.int16).tobytes())
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("out")
+    parser.add_argument("--program", type=int, required=True, help="General MIDI program, 0-127")
+    parser.add_argument("--preset", type=int, required=True, help="the converter's input preset")
+    parser.add_argument("--transpose", type=int, default=0, help="semitones from the written melody (default 0)")
+    parser.add_argument("--range", type=int, nargs=2, default=(0, 127), metavar=("LOW", "HIGH"),
+                        help="leave out melodies with a note outside these MIDI notes")
+    parser.add_argument("--soundfont", default="/usr/share/sounds/sf2/FluidR3_GM.sf2")
+    parser.add_argument("--split", default="all", choices=("dev", "heldout", "all"))
+    args = parser.parse_args()
+
+    data = default_data_dir(os.path.dirname(os.path.abspath(__file__)))
+    os.makedirs(os.path.join(args.out, "audio"), exist_ok=True)
+    os.makedirs(os.path.join(args.out, "gt"), exist_ok=True)
+    items = []
+    for item in select_split(load_manifest(data), args.split):
+        shift = args.transpose - int(item["transpose"])
+        notes = [(on, off, note + shift) for on, off, note in read_csv_notes(item["gt"])]
+        if min(n for _, _, n in notes) < args.range[0] or max(n for _, _, n in notes) > args.range[1]:
+            continue
+        file_id = f"gm{args.program}{args.transpose:+d}-{item['id']}"
+        with tempfile.TemporaryDirectory() as work:
+            midi = os.path.join(work, "melody.mid")
+            transposed_midi(os.path.join(data, item["midi"]), midi, shift, args.program)
+            render(midi, args.soundfont, os.path.join(args.out, "audio", file_id + ".wav"))
+        with open(os.path.join(args.out, "gt", file_id + ".csv"), "w") as gt:
+            gt.write("onset,offset,midi\n")
+            gt.writelines(f"{on:.4f},{off:.4f},{int(note)}\n" for on, off, note in notes)
+        items.append(dict(item, id=file_id, audio=f"audio/{file_id}.wav", gt=f"gt/{file_id}.csv",
+                          instrument=f"program {args.program}", program=args.program, preset=args.preset,
+                          transpose=args.transpose,
+                          soundfont=os.path.basename(args.soundfont), condition="variant"))
+    with open(os.path.join(args.out, "manifest.json"), "w") as f:
+        json.dump({"items": items, "set": f"program {args.program} at {args.transpose:+d}"}, f, indent=1)
+    print(f"{len(items)} files in {args.out}")
+
+
+if __name__ == "__main__":
+    main()
