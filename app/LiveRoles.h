@@ -1,7 +1,7 @@
-// The window and `vocato live` need Qt, JACK, ALSA and FluidSynth, some eighty libraries in
-// all, and `vocato convert` needs none of them. Loading them took a fifth of the time a
-// conversion takes, so these two roles live in a module beside the executable, which opens it
-// only when one of them runs.
+// The window needs Qt and the twenty-odd libraries Qt brings, which `vocato convert` never
+// uses; loading them took a tenth of the time a conversion takes. So the window, and
+// `vocato live` with it (the live session's code serves both), lives in a module beside the
+// executable, which opens it only when one of the two runs.
 #pragma once
 
 #include "LiveCommand.h"
