@@ -3,6 +3,7 @@
 #include "ShiftedWindows.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 namespace vocato::precise {
@@ -57,13 +58,27 @@ constexpr double kRefineSeconds = 0.004;
 constexpr double kRefineBelowLag = 40.0;
 // Samples are quantised at twice the 16-bit resolution and limited to +-2^17, which keeps the
 // difference sums exact (DifferenceBank.h).
+// A blown attack may sound its second harmonic before the fundamental has built up (the low
+// notes of a recorder or a flute: the fundamental still 25 dB under the octave 30 ms after the
+// onset, level with it only after 100 ms). McLeod's rule rightly takes the shorter of two lags
+// that repeat about as well, and a weak fundamental hardly lowers the periodicity at the
+// octave. In a copy of the input low-passed at the range's lowest note each octave up weighs
+// 12 dB less, so a fundamental under the octave shows there: the copy repeats clearly at twice
+// the lag, and that much better than at the lag itself, where a sound with nothing below the
+// chosen period repeats as well at both. The input itself must repeat clearly at twice the lag
+// too: where one note gives way to the next, the copy may favour the longer lag for a moment.
+constexpr double kFundamentalClarity = 0.9;
+constexpr double kFundamentalGain = 0.2;
+constexpr size_t kLowCopyCapacity = 1 << 15;
+static_assert(kLowCopyCapacity >= 2 * DifferenceBank::kMaxLag + 2, "the low copy holds twice the longest lag");
+
 constexpr double kQuantScale = 2.0;
 constexpr int32_t kQuantLimit = 1 << 17;
 
 } // namespace
 
 PeriodicityAnalyzer::PeriodicityAnalyzer()
-    : keyMaxima_(kMaxKeyMaxima), fullRate_(2 * kFullRateSize, 0.0f)
+    : keyMaxima_(kMaxKeyMaxima), fullRate_(2 * kFullRateSize, 0.0f), lowCopy_(kLowCopyCapacity, 0.0f)
 {
     Configure(44100.0, 55.0, 1760.0);
 }
@@ -94,6 +109,11 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
     residualPrevious_[0] = residualPrevious_[1] = 0.0;
 
     highPass_.SetHighPass(rate, 0.5 * low, std::numbers::sqrt2 / 2.0);
+    lowCopyFilter_.SetLowPass(analysisRate_, std::min(low, 0.45 * analysisRate_), std::numbers::sqrt2 / 2.0);
+    const uint64_t lowNeeded = uint64_t(lags_.max) + uint64_t(signal_.Window(lags_.max)) + 2;
+    lowMask_ = std::min(std::bit_ceil(lowNeeded), uint64_t(kLowCopyCapacity)) - 1;
+    std::fill(lowCopy_.begin(), lowCopy_.begin() + static_cast<std::ptrdiff_t>(lowMask_ + 1), 0.0f);
+    lowCount_ = 0;
     // Butterworth sixth order as three sections: Q = 1 / (2 cos(k pi / 12)), k = 1, 3, 5.
     const double cutoff = std::min(kCutoffFraction * analysisRate_, 0.45 * rate);
     const double q[3] = {0.5176380902, 0.7071067812, 1.9318516526};
@@ -164,6 +184,7 @@ void PeriodicityAnalyzer::PushDecimated(int32_t value) noexcept
 {
     const double residual = Cancelled(value);
     signal_.Push(value);
+    lowCopy_[lowCount_++ & lowMask_] = static_cast<float>(lowCopyFilter_.Run(value));
     if (residualStep_ == 1) {
         residual_.Push(static_cast<int32_t>(residual));
         return;
@@ -370,13 +391,52 @@ PeriodEstimate PeriodicityAnalyzer::Analyse(double preferredFrequency) noexcept
         return {};
     }
     const double preferredLag = preferredFrequency > 0.0 ? analysisRate_ / preferredFrequency : 0.0;
-    const int lag = ChooseLag(signal_, count, preferredLag, lags_);
-    if (lag == 0) {
+    const int chosen = ChooseLag(signal_, count, preferredLag, lags_);
+    if (chosen == 0) {
         return {};
     }
+    const int lag = WithItsFundamental(n, chosen);
     const Peak peak = InterpolatedPeak(n, lag);
     const double fullRateLag = peak.lag < kRefineBelowLag ? RefineAtFullRate(peak.lag) : peak.lag * decimation_;
     return {analysisRate_ * decimation_ / fullRateLag, std::min(1.0, peak.value)};
+}
+
+double PeriodicityAnalyzer::LowCopyNormalised(int lag, int window) const noexcept
+{
+    double cross = 0.0;
+    double power = 0.0;
+    for (int i = 0; i < window; ++i) {
+        const double now = lowCopy_[(lowCount_ - 1 - i) & lowMask_];
+        const double before = lowCopy_[(lowCount_ - 1 - i - lag) & lowMask_];
+        cross += now * before;
+        power += now * now + before * before;
+    }
+    return power > 0.0 ? 2.0 * cross / power : 0.0;
+}
+
+int PeriodicityAnalyzer::WithItsFundamental(const double* n, int lag) const noexcept
+{
+    const double once = InterpolatedPeak(n, lag).lag;
+    const int twice = static_cast<int>(std::lround(2.0 * once));
+    if (twice + 1 >= lags_.max) {
+        return lag;
+    }
+    // Both compared over the longer lag's window, each at the best of the three lags around
+    // it: the copy is smooth, its peaks broad.
+    const int window = signal_.Window(twice);
+    const int nearest = static_cast<int>(std::lround(once));
+    double atOnce = 0.0;
+    double atTwice = 0.0;
+    int fundamental = twice;
+    for (int d = -1; d <= 1; ++d) {
+        atOnce = std::max(atOnce, LowCopyNormalised(nearest + d, window));
+        atTwice = std::max(atTwice, LowCopyNormalised(twice + d, window));
+        if (n[twice + d] > n[fundamental]) {
+            fundamental = twice + d;
+        }
+    }
+    const bool clear = n[fundamental] >= kFundamentalClarity && atTwice >= kFundamentalClarity;
+    return clear && atTwice >= atOnce + kFundamentalGain ? fundamental : lag;
 }
 
 PeriodEstimate PeriodicityAnalyzer::AnalyseResidual() noexcept

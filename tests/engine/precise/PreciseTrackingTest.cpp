@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
 #include <numeric>
 #include <string>
@@ -87,6 +88,28 @@ TEST(PreciseTracking, BlownAttackInTheLowerOctaveSettlesOnTheNote) {
     ASSERT_FALSE(run.notes.empty());
     EXPECT_EQ(run.notes.back().note, 79);
     EXPECT_LT(run.notes.back().onFrame * 16 / 44100.0, 0.05 + 0.03 + 0.03);
+}
+
+// The other way round: the low notes of a recorder or a flute may sound their octave first
+// while the fundamental builds up under it, here from 30 dB below the octave to level with it
+// over 100 ms. The note is the fundamental's, and it must be found while the octave still
+// dominates.
+TEST(PreciseTracking, FundamentalBuildingUpUnderItsOctaveIsTheNote) {
+    for (int note : {60, 65, 70}) {
+        const double f = NoteFrequency(note);
+        std::vector<int16_t> tone(static_cast<size_t>(0.6 * 44100));
+        for (size_t i = 0; i < tone.size(); ++i) {
+            const double t = i / 44100.0;
+            const double fundamental = std::pow(10.0, (-30.0 + 30.0 * std::min(1.0, t / 0.1)) / 20.0);
+            const double attack = std::min(1.0, t / 0.01);
+            tone[i] = Saturate(8000.0 * attack * (std::sin(4 * M_PI * f * t) + fundamental * std::sin(2 * M_PI * f * t)));
+        }
+        auto tracker = MakeTracker({.minNote = 55, .maxNote = 91});
+        const TrackRun run = Track(*tracker, Padded(tone));
+        ASSERT_FALSE(run.notes.empty()) << note;
+        EXPECT_EQ(run.notes.back().note, note);
+        EXPECT_LT(run.notes.back().onFrame * 16 / 44100.0, 0.1 + 0.05) << note;
+    }
 }
 
 // The same high in the range, out of a legato step: the note that starts an octave low must
