@@ -1,13 +1,16 @@
 #!/usr/bin/env python3
-"""The public melodies played again by another General MIDI instrument, in another register.
+"""The public melodies played again by another General MIDI instrument, in another register,
+or with another soundfont.
 
 The public set plays each melody on one instrument in one register. This plays the melodies
 of the chosen split on --program, --transpose semitones from the written melody (each file's
 published transposition is undone first), renders them with the `fluidsynth` command (Debian
 package fluidsynth) and a soundfont, and writes the benchmark's layout with the converter
-settings of --preset. Melodies with a note outside --range are left out.
+settings of --preset. Each of the three left out keeps the file's own. Melodies with a note
+outside --range are left out.
 
     python3 bench/instrument_variants.py /tmp/recorder --program 74 --preset 20 --range 55 91
+    python3 bench/instrument_variants.py /tmp/timgm --soundfont /usr/share/sounds/sf2/TimGM6mb.sf2
     python3 bench/accuracy.py --data /tmp/recorder --converter precise='...' --split all
 """
 
@@ -61,9 +64,9 @@ def render(midi_path, soundfont, wav_path):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("out")
-    parser.add_argument("--program", type=int, required=True, help="General MIDI program, 0-127")
-    parser.add_argument("--preset", type=int, required=True, help="the converter's input preset")
-    parser.add_argument("--transpose", type=int, default=0, help="semitones from the written melody (default 0)")
+    parser.add_argument("--program", type=int, help="General MIDI program, 0-127")
+    parser.add_argument("--preset", type=int, help="the converter's input preset")
+    parser.add_argument("--transpose", type=int, help="semitones from the written melody")
     parser.add_argument("--range", type=int, nargs=2, default=(0, 127), metavar=("LOW", "HIGH"),
                         help="leave out melodies with a note outside these MIDI notes")
     parser.add_argument("--soundfont", default="/usr/share/sounds/sf2/FluidR3_GM.sf2")
@@ -74,25 +77,29 @@ def main():
     os.makedirs(os.path.join(args.out, "audio"), exist_ok=True)
     os.makedirs(os.path.join(args.out, "gt"), exist_ok=True)
     items = []
+    font = os.path.splitext(os.path.basename(args.soundfont))[0]
     for item in select_split(load_manifest(data), args.split):
-        shift = args.transpose - int(item["transpose"])
+        program = item["program"] if args.program is None else args.program
+        preset = item["preset"] if args.preset is None else args.preset
+        transpose = int(item["transpose"]) if args.transpose is None else args.transpose
+        shift = transpose - int(item["transpose"])
         notes = [(on, off, note + shift) for on, off, note in read_csv_notes(item["gt"])]
         if min(n for _, _, n in notes) < args.range[0] or max(n for _, _, n in notes) > args.range[1]:
             continue
-        file_id = f"gm{args.program}{args.transpose:+d}-{item['id']}"
+        file_id = f"{font}-gm{program}{transpose:+d}-{item['id']}"
         with tempfile.TemporaryDirectory() as work:
             midi = os.path.join(work, "melody.mid")
-            transposed_midi(os.path.join(data, item["midi"]), midi, shift, args.program)
+            transposed_midi(os.path.join(data, item["midi"]), midi, shift, program)
             render(midi, args.soundfont, os.path.join(args.out, "audio", file_id + ".wav"))
         with open(os.path.join(args.out, "gt", file_id + ".csv"), "w") as gt:
             gt.write("onset,offset,midi\n")
             gt.writelines(f"{on:.4f},{off:.4f},{int(note)}\n" for on, off, note in notes)
         items.append(dict(item, id=file_id, audio=f"audio/{file_id}.wav", gt=f"gt/{file_id}.csv",
-                          instrument=f"program {args.program}", program=args.program, preset=args.preset,
-                          transpose=args.transpose,
-                          soundfont=os.path.basename(args.soundfont), condition="variant"))
+                          instrument=item["instrument"] if args.program is None else f"program {program}",
+                          program=program, preset=preset, transpose=transpose, soundfont=font,
+                          condition="variant"))
     with open(os.path.join(args.out, "manifest.json"), "w") as f:
-        json.dump({"items": items, "set": f"program {args.program} at {args.transpose:+d}"}, f, indent=1)
+        json.dump({"items": items, "set": f"variant with {font}"}, f, indent=1)
     print(f"{len(items)} files in {args.out}")
 
 
