@@ -421,22 +421,28 @@ int PeriodicityAnalyzer::WithItsFundamental(const double* n, int lag) const noex
     if (twice + 1 >= lags_.max) {
         return lag;
     }
+    int fundamental = twice;
+    for (int d = -1; d <= 1; d += 2) {
+        if (n[twice + d] > n[fundamental]) {
+            fundamental = twice + d;
+        }
+    }
+    // A fundamental under the chosen period lowers the input's own periodicity at that period
+    // more than at twice it; without that, the copy need not be asked.
+    if (n[fundamental] < kFundamentalClarity || n[fundamental] <= n[lag]) {
+        return lag;
+    }
     // Both compared over the longer lag's window, each at the best of the three lags around
     // it: the copy is smooth, its peaks broad.
     const int window = signal_.Window(twice);
     const int nearest = static_cast<int>(std::lround(once));
     double atOnce = 0.0;
     double atTwice = 0.0;
-    int fundamental = twice;
     for (int d = -1; d <= 1; ++d) {
         atOnce = std::max(atOnce, LowCopyNormalised(nearest + d, window));
         atTwice = std::max(atTwice, LowCopyNormalised(twice + d, window));
-        if (n[twice + d] > n[fundamental]) {
-            fundamental = twice + d;
-        }
     }
-    const bool clear = n[fundamental] >= kFundamentalClarity && atTwice >= kFundamentalClarity;
-    return clear && atTwice >= atOnce + kFundamentalGain ? fundamental : lag;
+    return atTwice >= kFundamentalClarity && atTwice >= atOnce + kFundamentalGain ? fundamental : lag;
 }
 
 PeriodEstimate PeriodicityAnalyzer::AnalyseResidual() noexcept
