@@ -10,7 +10,7 @@ packages=(
   libjack-jackd2-dev jackd2 libasound2-dev libasound2-plugins
   qt6-base-dev qt6-base-dev-tools libgl-dev fonts-dejavu-core xvfb xauth
   lv2-dev liblilv-dev lilv-utils sordi jalv
-  python3-mido python3-mir-eval python3-numpy aubio-tools sox fluidsynth
+  python3-mido python3-mir-eval python3-numpy aubio-tools sox fluidsynth timgm6mb-soundfont
 )
 
 missing=()
