@@ -56,8 +56,6 @@ constexpr double kRefineSeconds = 0.004;
 // Periods longer than this many decimated samples are already precise to a cent or two by
 // parabolic interpolation; only shorter ones are refined, which bounds the refinement's cost.
 constexpr double kRefineBelowLag = 40.0;
-// Samples are quantised at twice the 16-bit resolution and limited to +-2^17, which keeps the
-// difference sums exact (DifferenceBank.h).
 // A blown attack may sound its second harmonic before the fundamental has built up (the low
 // notes of a recorder or a flute: the fundamental still 25 dB under the octave 30 ms after the
 // onset, level with it only after 100 ms). McLeod's rule rightly takes the shorter of two lags
@@ -70,8 +68,11 @@ constexpr double kRefineBelowLag = 40.0;
 constexpr double kFundamentalClarity = 0.9;
 constexpr double kFundamentalGain = 0.2;
 constexpr size_t kLowCopyCapacity = 1 << 15;
-static_assert(kLowCopyCapacity >= 2 * DifferenceBank::kMaxLag + 2, "the low copy holds twice the longest lag");
+static_assert(kLowCopyCapacity >= 2 * (DifferenceBank::kMaxLag + 1),
+              "the low copy holds the longest lag and a window no longer than that lag");
 
+// Samples are quantised at twice the 16-bit resolution and limited to +-2^17, which keeps the
+// difference sums exact (DifferenceBank.h).
 constexpr double kQuantScale = 2.0;
 constexpr int32_t kQuantLimit = 1 << 17;
 
