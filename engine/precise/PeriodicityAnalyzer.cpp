@@ -70,6 +70,8 @@ constexpr double kFundamentalGain = 0.2;
 constexpr size_t kLowCopyCapacity = 1 << 15;
 static_assert(kLowCopyCapacity >= 2 * (DifferenceBank::kMaxLag + 1),
               "the low copy holds the longest lag and a window no longer than that lag");
+// Kept twice over, like the full-rate input, so that its latest samples are contiguous.
+constexpr size_t kLowCopyKept = 2 * kLowCopyCapacity;
 
 // Samples are quantised at twice the 16-bit resolution and limited to +-2^17, which keeps the
 // difference sums exact (DifferenceBank.h).
@@ -79,7 +81,7 @@ constexpr int32_t kQuantLimit = 1 << 17;
 } // namespace
 
 PeriodicityAnalyzer::PeriodicityAnalyzer()
-    : keyMaxima_(kMaxKeyMaxima), fullRate_(2 * kFullRateSize, 0.0f), lowCopy_(kLowCopyCapacity, 0.0f)
+    : keyMaxima_(kMaxKeyMaxima), fullRate_(2 * kFullRateSize, 0.0f), lowCopy_(kLowCopyKept, 0.0f)
 {
     Configure(44100.0, 55.0, 1760.0);
 }
@@ -113,7 +115,7 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
     lowCopyFilter_.SetLowPass(analysisRate_, std::min(low, 0.45 * analysisRate_), std::numbers::sqrt2 / 2.0);
     const uint64_t lowNeeded = uint64_t(lags_.max) + uint64_t(signal_.Window(lags_.max)) + 2;
     lowMask_ = std::min(std::bit_ceil(lowNeeded), uint64_t(kLowCopyCapacity)) - 1;
-    std::fill(lowCopy_.begin(), lowCopy_.begin() + static_cast<std::ptrdiff_t>(lowMask_ + 1), 0.0f);
+    std::fill(lowCopy_.begin(), lowCopy_.begin() + static_cast<std::ptrdiff_t>(2 * (lowMask_ + 1)), 0.0f);
     lowCount_ = 0;
     // Butterworth sixth order as three sections: Q = 1 / (2 cos(k pi / 12)), k = 1, 3, 5.
     const double cutoff = std::min(kCutoffFraction * analysisRate_, 0.45 * rate);
@@ -185,7 +187,8 @@ void PeriodicityAnalyzer::PushDecimated(int32_t value) noexcept
 {
     const double residual = Cancelled(value);
     signal_.Push(value);
-    lowCopy_[lowCount_++ & lowMask_] = static_cast<float>(lowCopyFilter_.Run(value));
+    const uint64_t at = lowCount_++ & lowMask_;
+    lowCopy_[at] = lowCopy_[at + lowMask_ + 1] = static_cast<float>(lowCopyFilter_.Run(value));
     if (residualStep_ == 1) {
         residual_.Push(static_cast<int32_t>(residual));
         return;
@@ -402,17 +405,11 @@ PeriodEstimate PeriodicityAnalyzer::Analyse(double preferredFrequency) noexcept
     return {analysisRate_ * decimation_ / fullRateLag, std::min(1.0, peak.value)};
 }
 
-double PeriodicityAnalyzer::LowCopyNormalised(int lag, int window) const noexcept
+double PeriodicityAnalyzer::LowCopyNear(int lag, int window) const noexcept
 {
-    double cross = 0.0;
-    double power = 0.0;
-    for (int i = 0; i < window; ++i) {
-        const double now = lowCopy_[(lowCount_ - 1 - i) & lowMask_];
-        const double before = lowCopy_[(lowCount_ - 1 - i - lag) & lowMask_];
-        cross += now * before;
-        power += now * now + before * before;
-    }
-    return power > 0.0 ? 2.0 * cross / power : 0.0;
+    const float* y = lowCopy_.data() + ((lowCount_ - uint64_t(window + lag + 1)) & lowMask_);
+    const ThreeShifts n = NormalisedAgainstShifts(y + lag + 1, y, uint64_t(window));
+    return std::max({n.first, n.second, n.third});
 }
 
 int PeriodicityAnalyzer::WithItsFundamental(const double* n, int lag) const noexcept
@@ -436,13 +433,8 @@ int PeriodicityAnalyzer::WithItsFundamental(const double* n, int lag) const noex
     // Both compared over the longer lag's window, each at the best of the three lags around
     // it: the copy is smooth, its peaks broad.
     const int window = signal_.Window(twice);
-    const int nearest = static_cast<int>(std::lround(once));
-    double atOnce = 0.0;
-    double atTwice = 0.0;
-    for (int d = -1; d <= 1; ++d) {
-        atOnce = std::max(atOnce, LowCopyNormalised(nearest + d, window));
-        atTwice = std::max(atTwice, LowCopyNormalised(twice + d, window));
-    }
+    const double atOnce = LowCopyNear(static_cast<int>(std::lround(once)), window);
+    const double atTwice = LowCopyNear(twice, window);
     return atTwice >= kFundamentalClarity && atTwice >= atOnce + kFundamentalGain ? fundamental : lag;
 }
 

@@ -97,8 +97,9 @@ private:
     // The same at lag - 1, lag and lag + 1.
     Neighbours FullRateNeighbours(int lag) const noexcept;
     double RefineAtFullRate(double decimatedLag) const noexcept;
-    // The periodicity of the low-passed copy at `lag`, over the latest `window` samples.
-    double LowCopyNormalised(int lag, int window) const noexcept;
+    // The low-passed copy's best periodicity at lag - 1, lag or lag + 1, over the latest
+    // `window` samples.
+    double LowCopyNear(int lag, int window) const noexcept;
     // `lag`, or twice it where the low-passed copy shows a fundamental under the chosen period.
     int WithItsFundamental(const double* n, int lag) const noexcept;
 
@@ -112,7 +113,7 @@ private:
     Biquad highPass_;
     Biquad lowPass_[3];
     Biquad lowCopyFilter_;
-    std::vector<float> lowCopy_; // the decimated input low-passed at the range's lowest note
+    std::vector<float> lowCopy_; // the decimated input low-passed at the range's lowest note, kept twice over
     uint64_t lowCount_ = 0;
     uint64_t lowMask_ = 0; // the part of lowCopy_ the configured lags use
     int decimation_ = 1;
