@@ -19,6 +19,16 @@ constexpr double kSteadySpan = 0.25;
 // A candidate keeps its note while the pitch stays within this distance of it, so a pitch
 // sitting on the border between two notes does not restart the confirmation on every frame.
 constexpr double kCandidateReach = 0.65;
+// A singer's slide holds each note it passes for a few milliseconds; a scoop or a slide that
+// arrives slows down as it reaches its note, but passes the notes on its way at full speed. A
+// sounding note changes only to a pitch moving slower than this (semitones per second), twice
+// the fastest a vibrato of +-50 cents at 6 Hz ever moves. The speed is the distance between
+// the pitch followed over two spans, which a steady glide keeps at its speed times their
+// difference. A step beyond the candidate's reach from one frame to the next is no glide but
+// a jump (a new note, the other sound of a mixture), from where both follow afresh.
+constexpr double kGlideSpeed = 40.0;
+constexpr double kQuickFollowSeconds = 0.0015;
+constexpr double kSlowFollowSeconds = 0.0045;
 // A note that has sounded for a while ends when its periodicity breaks down to this fraction
 // of what it has been: a new excitation (re-articulation, a new bow or breath, a legato step)
 // does not continue the phase of the old waveform. The next note then needs its own
@@ -120,6 +130,7 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
     f.clarity = chosen.clarity;
     f.fromResidual = chosen.frequency != frame.frequency;
     const double pitch = f.frequency > 0.0 ? PitchOf(f.frequency, s.refPitch) : 0.0;
+    FollowPitch(s, pitch, f.samples);
     if (sounding_) {
         // While a mixture hides what comes next, a frame says nothing about it; but a mixture
         // that lasts is what the input is, and the own estimate counts again.
@@ -219,7 +230,7 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
         const int nearest = Nearest(pitch);
         TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
         const double factor = std::abs(std::abs(candidate_ - note_) - 12) <= 1 ? kOctaveFactor : 1.0;
-        if (candidateSamples_ >= factor * Samples(kConfirmSeconds, s.sampleRate)) {
+        if (candidateSamples_ >= factor * Samples(kConfirmSeconds, s.sampleRate) && !Glides()) {
             out->noteOff = static_cast<int16_t>(note_);
             StartNote(s, f, candidate_, out);
         }
@@ -317,6 +328,24 @@ void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples, ui
     candidateLow_ = candidateHigh_ = pitch;
     rival_ = -1;
     rivalSamples_ = 0;
+}
+
+void NoteDecider::FollowPitch(const PreciseSettings& s, double pitch, uint32_t samples) noexcept
+{
+    if (pitch <= 0.0) {
+        return;
+    }
+    if (std::abs(pitch - quickPitch_) > kCandidateReach) {
+        quickPitch_ = slowPitch_ = pitch;
+        return;
+    }
+    quickPitch_ += std::min(1.0, samples / (kQuickFollowSeconds * s.sampleRate)) * (pitch - quickPitch_);
+    slowPitch_ += std::min(1.0, samples / (kSlowFollowSeconds * s.sampleRate)) * (pitch - slowPitch_);
+}
+
+bool NoteDecider::Glides() const noexcept
+{
+    return std::abs(quickPitch_ - slowPitch_) > kGlideSpeed * (kSlowFollowSeconds - kQuickFollowSeconds);
 }
 
 void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept

@@ -66,6 +66,9 @@ private:
     // one struck anew, not its fading tail.
     bool TailRegrows(const FrameFeatures& f) const noexcept;
     void TrackCandidate(int nearest, double pitch, uint32_t samples, uint32_t patience) noexcept;
+    // The pitch, followed quickly and slowly; the two part while it glides.
+    void FollowPitch(const PreciseSettings& s, double pitch, uint32_t samples) noexcept;
+    bool Glides() const noexcept;
     void StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept;
     enum class KeepCandidate { No, Yes };
     void EndNote(WFETMidiOut* out, KeepCandidate keep = KeepCandidate::No) noexcept;
@@ -87,6 +90,8 @@ private:
     uint32_t rivalSamples_ = 0;
     double candidateLow_ = 0.0;
     double candidateHigh_ = 0.0;
+    double quickPitch_ = 0.0;
+    double slowPitch_ = 0.0;
     double noteClarity_ = 0.0;
     double clarityDeviation_ = 0.0; // mean distance of the periodicity from noteClarity_
     double soundingFrequency_ = 0.0;
