@@ -1,7 +1,5 @@
 #include "PeriodicityAnalyzer.h"
 
-#include "ShiftedWindows.h"
-
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -14,7 +12,6 @@ constexpr int kMaxKeyMaxima = 512;
 // recent stretch of it is contiguous and the refinement's loops need no wrap-around. It only
 // has to hold the refinement's window and lag: both are a few milliseconds at most.
 constexpr uint64_t kFullRateSize = 1 << 13;
-constexpr uint64_t kFullRateMask = kFullRateSize - 1;
 // Below MIDI note 11: the lowest frequency the capacity is sized for.
 constexpr double kLowestFrequency = 14.0;
 
@@ -67,11 +64,9 @@ constexpr double kRefineBelowLag = 40.0;
 // too: where one note gives way to the next, the copy may favour the longer lag for a moment.
 constexpr double kFundamentalClarity = 0.9;
 constexpr double kFundamentalGain = 0.2;
-constexpr size_t kLowCopyCapacity = 1 << 15;
+constexpr uint64_t kLowCopyCapacity = 1 << 15;
 static_assert(kLowCopyCapacity >= 2 * (DifferenceBank::kMaxLag + 1),
               "the low copy holds the longest lag and a window no longer than that lag");
-// Kept twice over, like the full-rate input, so that its latest samples are contiguous.
-constexpr size_t kLowCopyKept = 2 * kLowCopyCapacity;
 
 // Samples are quantised at twice the 16-bit resolution and limited to +-2^17, which keeps the
 // difference sums exact (DifferenceBank.h).
@@ -81,7 +76,7 @@ constexpr int32_t kQuantLimit = 1 << 17;
 } // namespace
 
 PeriodicityAnalyzer::PeriodicityAnalyzer()
-    : keyMaxima_(kMaxKeyMaxima), fullRate_(2 * kFullRateSize, 0.0f), lowCopy_(kLowCopyKept, 0.0f)
+    : keyMaxima_(kMaxKeyMaxima), fullRate_(kFullRateSize), lowCopy_(kLowCopyCapacity)
 {
     Configure(44100.0, 55.0, 1760.0);
 }
@@ -94,7 +89,6 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
 
     decimation_ = std::max(1, static_cast<int>(rate / std::max(kMinAnalysisRate, kRateOverHighest * high)));
     analysisRate_ = rate / decimation_;
-    refineWindow_ = static_cast<uint64_t>(kRefineSeconds * rate);
     const auto rangeAt = [low, high](double rate) {
         LagRange range;
         range.max = std::min(DifferenceBank::kMaxLag, static_cast<int>(std::ceil(rate / low)) + 1);
@@ -114,18 +108,15 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
     highPass_.SetHighPass(rate, 0.5 * low, std::numbers::sqrt2 / 2.0);
     lowCopyFilter_.SetLowPass(analysisRate_, std::min(low, 0.45 * analysisRate_), std::numbers::sqrt2 / 2.0);
     const uint64_t lowNeeded = uint64_t(lags_.max) + uint64_t(signal_.Window(lags_.max)) + 2;
-    lowMask_ = std::min(std::bit_ceil(lowNeeded), uint64_t(kLowCopyCapacity)) - 1;
-    std::fill(lowCopy_.begin(), lowCopy_.begin() + static_cast<std::ptrdiff_t>(2 * (lowMask_ + 1)), 0.0f);
-    lowCount_ = 0;
+    lowCopy_.Reset(std::bit_ceil(lowNeeded), 1);
     // Butterworth sixth order as three sections: Q = 1 / (2 cos(k pi / 12)), k = 1, 3, 5.
     const double cutoff = std::min(kCutoffFraction * analysisRate_, 0.45 * rate);
     const double q[3] = {0.5176380902, 0.7071067812, 1.9318516526};
     for (int i = 0; i < 3; ++i) {
         lowPass_[i].SetLowPass(rate, cutoff, q[i]);
     }
-    std::fill(fullRate_.begin(), fullRate_.end(), 0.0f);
+    fullRate_.Reset(kFullRateSize, static_cast<uint64_t>(kRefineSeconds * rate));
     phase_ = 0;
-    fullCount_ = 0;
     cancelledLag_ = 0.0;
     cancelCross_ = cancelPower_ = 0.0;
 }
@@ -148,8 +139,7 @@ void PeriodicityAnalyzer::Push(const int16_t* samples, uint32_t count) noexcept
         for (Biquad& section : lowPass_) {
             y = section.Run(y);
         }
-        const uint64_t at = fullCount_++ & kFullRateMask;
-        fullRate_[at] = fullRate_[at + kFullRateSize] = static_cast<float>(y);
+        fullRate_.Push(static_cast<float>(y));
         if (++phase_ < decimation_) {
             continue;
         }
@@ -187,8 +177,7 @@ void PeriodicityAnalyzer::PushDecimated(int32_t value) noexcept
 {
     const double residual = Cancelled(value);
     signal_.Push(value);
-    const uint64_t at = lowCount_++ & lowMask_;
-    lowCopy_[at] = lowCopy_[at + lowMask_ + 1] = static_cast<float>(lowCopyFilter_.Run(value));
+    lowCopy_.Push(static_cast<float>(lowCopyFilter_.Run(value)));
     if (residualStep_ == 1) {
         residual_.Push(static_cast<int32_t>(residual));
         return;
@@ -326,66 +315,6 @@ int PeriodicityAnalyzer::ChooseLag(const DifferenceBank& bank, int count, double
     return keptValue >= kKeepFactor * best ? kept : chosenLag;
 }
 
-const float* PeriodicityAnalyzer::FullRateSince(uint64_t samples) const noexcept
-{
-    return fullRate_.data() + ((fullCount_ - samples) & kFullRateMask);
-}
-
-double PeriodicityAnalyzer::FullRateNormalised(int lag) const noexcept
-{
-    // One period, but at least a few milliseconds: a window that is not a whole number of
-    // periods makes the estimate wobble, less so the more periods it holds.
-    const uint64_t window = std::max<uint64_t>(uint64_t(lag), refineWindow_);
-    const float* y = FullRateSince(window + lag);
-    double newer = 0.0;
-    double older = 0.0;
-    double cross = 0.0;
-    for (uint64_t k = 0; k < window; ++k) {
-        const double a = y[k + lag];
-        const double b = y[k];
-        newer += a * a;
-        older += b * b;
-        cross += a * b;
-    }
-    return NormalisedFromSums(newer, older, cross);
-}
-
-PeriodicityAnalyzer::Neighbours PeriodicityAnalyzer::FullRateNeighbours(int lag) const noexcept
-{
-    if (uint64_t(lag) + 1 > refineWindow_) {
-        return {FullRateNormalised(lag - 1), FullRateNormalised(lag), FullRateNormalised(lag + 1)};
-    }
-    // All three share the window (ShiftedWindows.h): the longest lag's older window comes first.
-    const float* y = FullRateSince(refineWindow_ + lag + 1);
-    const ThreeShifts n = NormalisedAgainstShifts(y + lag + 1, y, refineWindow_);
-    return {n.third, n.second, n.first};
-}
-
-double PeriodicityAnalyzer::RefineAtFullRate(double decimatedLag) const noexcept
-{
-    // Climb to the nearest maximum from the decimated estimate; it lies within one decimated
-    // sample, so at most `decimation_` steps either way.
-    const int limit = static_cast<int>(kFullRateSize / 4);
-    int lag = std::clamp(static_cast<int>(std::lround(decimatedLag * decimation_)), 2, limit);
-    auto [below, centre, above] = FullRateNeighbours(lag);
-    for (int step = 0; step < decimation_ && lag > 2 && lag < limit; ++step) {
-        if (above > centre && above >= below) {
-            below = centre;
-            centre = above;
-            above = FullRateNormalised(++lag + 1);
-        } else if (below > centre) {
-            above = centre;
-            centre = below;
-            below = FullRateNormalised(--lag - 1);
-        } else {
-            break;
-        }
-    }
-    const double curvature = below - 2.0 * centre + above;
-    const double shift = curvature < 0.0 ? std::clamp(0.5 * (below - above) / curvature, -0.5, 0.5) : 0.0;
-    return lag + shift;
-}
-
 PeriodEstimate PeriodicityAnalyzer::Analyse(double preferredFrequency) noexcept
 {
     signal_.Normalise();
@@ -401,15 +330,10 @@ PeriodEstimate PeriodicityAnalyzer::Analyse(double preferredFrequency) noexcept
     }
     const int lag = WithItsFundamental(n, chosen);
     const Peak peak = InterpolatedPeak(n, lag);
-    const double fullRateLag = peak.lag < kRefineBelowLag ? RefineAtFullRate(peak.lag) : peak.lag * decimation_;
+    // The nearest maximum at full rate lies within one decimated sample of the estimate.
+    const double fullRateLag =
+        peak.lag < kRefineBelowLag ? fullRate_.Refine(peak.lag * decimation_, decimation_) : peak.lag * decimation_;
     return {analysisRate_ * decimation_ / fullRateLag, std::min(1.0, peak.value)};
-}
-
-double PeriodicityAnalyzer::LowCopyNear(int lag, int window) const noexcept
-{
-    const float* y = lowCopy_.data() + ((lowCount_ - uint64_t(window + lag + 1)) & lowMask_);
-    const ThreeShifts n = NormalisedAgainstShifts(y + lag + 1, y, uint64_t(window));
-    return std::max({n.first, n.second, n.third});
 }
 
 int PeriodicityAnalyzer::WithItsFundamental(const double* n, int lag) const noexcept
@@ -432,9 +356,9 @@ int PeriodicityAnalyzer::WithItsFundamental(const double* n, int lag) const noex
     }
     // Both compared over the longer lag's window, each at the best of the three lags around
     // it: the copy is smooth, its peaks broad.
-    const int window = signal_.Window(twice);
-    const double atOnce = LowCopyNear(static_cast<int>(std::lround(once)), window);
-    const double atTwice = LowCopyNear(twice, window);
+    const auto window = static_cast<uint64_t>(signal_.Window(twice));
+    const double atOnce = lowCopy_.BestNear(static_cast<int>(std::lround(once)), window);
+    const double atTwice = lowCopy_.BestNear(twice, window);
     return atTwice >= kFundamentalClarity && atTwice >= atOnce + kFundamentalGain ? fundamental : lag;
 }
 

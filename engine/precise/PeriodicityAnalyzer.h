@@ -24,6 +24,7 @@
 
 #include "Biquad.h"
 #include "DifferenceBank.h"
+#include "RecentSignal.h"
 
 #include <cstdint>
 #include <vector>
@@ -86,36 +87,18 @@ private:
     int FindKeyMaxima(const double* n, const LagRange& range) noexcept;
     // 0 when no key maximum repeats.
     int ChooseLag(const DifferenceBank& bank, int count, double preferredLag, const LagRange& range) noexcept;
-    struct Neighbours {
-        double below;
-        double centre;
-        double above;
-    };
-    // The last `samples` of the full-rate input, oldest first, contiguous.
-    const float* FullRateSince(uint64_t samples) const noexcept;
-    double FullRateNormalised(int lag) const noexcept;
-    // The same at lag - 1, lag and lag + 1.
-    Neighbours FullRateNeighbours(int lag) const noexcept;
-    double RefineAtFullRate(double decimatedLag) const noexcept;
-    // The low-passed copy's best periodicity at lag - 1, lag or lag + 1, over the latest
-    // `window` samples.
-    double LowCopyNear(int lag, int window) const noexcept;
     // `lag`, or twice it where the low-passed copy shows a fundamental under the chosen period.
     int WithItsFundamental(const double* n, int lag) const noexcept;
 
     DifferenceBank signal_;
     DifferenceBank residual_;
     std::vector<KeyMaximum> keyMaxima_;
-    std::vector<float> fullRate_; // band-limited input before decimation, kept twice over
-    uint64_t fullCount_ = 0;
-    uint64_t refineWindow_ = 1;
+    RecentSignal fullRate_; // band-limited input before decimation
 
     Biquad highPass_;
     Biquad lowPass_[3];
     Biquad lowCopyFilter_;
-    std::vector<float> lowCopy_; // the decimated input low-passed at the range's lowest note, kept twice over
-    uint64_t lowCount_ = 0;
-    uint64_t lowMask_ = 0; // the part of lowCopy_ the configured lags use
+    RecentSignal lowCopy_; // the decimated input low-passed at the range's lowest note
     int decimation_ = 1;
     int phase_ = 0;
     LagRange lags_;
