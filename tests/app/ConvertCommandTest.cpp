@@ -8,12 +8,7 @@
 #include <fstream>
 #include <sndfile.h>
 
-using vocato::test::KeysOf;
-using vocato::test::Note;
-using vocato::test::ReadFile;
-using vocato::test::ReadMidiWithMido;
-using vocato::test::TempDir;
-using vocato::test::WriteSoundFile;
+using namespace vocato::test;
 
 namespace {
 
@@ -23,16 +18,17 @@ struct Outcome {
     std::string err;
 };
 
-Outcome Vocato(const std::string& arguments, const TempDir& dir) {
+Outcome Vocato(const std::string& arguments, const TempDir& dir,
+              const std::string& exe = VOCATO_EXE) {
     const std::string err = dir.File("stderr.txt");
-    const auto run = vocato::test::RunCommand(VOCATO_EXE " " + arguments + " 2>" + err);
+    const auto run = RunCommand(exe + " " + arguments + " 2>" + err);
     return {run.status, run.out, ReadFile(err)};
 }
 
 // A4 in the first channel; every other channel carries a different pitch.
 std::string Tone(const TempDir& dir, const std::string& name, int rate, int channels, int format) {
-    const std::vector<float> a4 = vocato::test::Sine(440.0, rate, 1.0, 0.5);
-    const std::vector<float> other = vocato::test::Sine(1234.0, rate, 1.0, 0.3);
+    const std::vector<float> a4 = Sine(440.0, rate, 1.0, 0.5);
+    const std::vector<float> other = Sine(1234.0, rate, 1.0, 0.3);
     std::vector<float> interleaved;
     for (size_t i = 0; i < a4.size(); ++i) {
         interleaved.push_back(a4[i]);
@@ -48,7 +44,7 @@ TEST(ConvertCommand, AMelodyBecomesAMidiFileThatOpensWithProgramAndBendRange) {
     TempDir dir;
     const std::vector<Note> melody = {{72, 0.3, 0.6}, {76, 0.75, 1.05}, {79, 1.2, 1.5}};
     const std::string in = dir.File("melody.wav");
-    WriteSoundFile(in, vocato::test::RenderMelody(melody, 68, 44100));
+    WriteSoundFile(in, RenderMelody(melody, 68, 44100));
     const std::string out = dir.File("melody.mid");
     const Outcome run = Vocato("convert " + in + " -o " + out +
                                    " --preset 19 --program 68 --channel 2 --bend-range 12 --quiet",
@@ -96,7 +92,7 @@ TEST(ConvertCommand, TheToneInTheFirstChannelAtAnyRateOrLayoutIsOneA4ClosedAtThe
 TEST(ConvertCommand, TheTrackerOptionChoosesWhichTrackerDecides) {
     TempDir dir;
     const std::string in = dir.File("melody.wav");
-    WriteSoundFile(in, vocato::test::RenderMelody({{60, 0.3, 0.5}, {60, 0.52, 0.8}, {67, 0.9, 1.3}}, 71, 44100));
+    WriteSoundFile(in, RenderMelody({{60, 0.3, 0.5}, {60, 0.52, 0.8}, {67, 0.9, 1.3}}, 71, 44100));
     auto convert = [&](const std::string& tracker) {
         const std::string out = dir.File(tracker + ".mid");
         const std::string option = tracker.empty() ? "" : " --tracker " + tracker;
@@ -115,7 +111,7 @@ TEST(ConvertCommand, BadInputOutputOrOptionsGetAFailureStatusAndLeaveNoFileBehin
     std::ofstream(empty).close();
     const std::string text = dir.File("words.wav");
     std::ofstream(text) << "no audio in here, only words that go on for a while\n";
-    const std::string tone = vocato::test::WriteTone(dir, "whole.wav", 1.0);
+    const std::string tone = WriteTone(dir, "whole.wav", 1.0);
     const std::string cut = dir.File("cut.wav");
     std::filesystem::copy_file(tone, cut);
     std::filesystem::resize_file(cut, 30);
@@ -153,17 +149,14 @@ TEST(ConvertCommand, ConvertsWithoutTheModuleThatTheWindowAndLiveRolesNeed) {
     const std::string lone = dir.File("vocato");
     std::filesystem::copy_file(VOCATO_EXE, lone);
     const std::string in = Tone(dir, "a4.wav", 44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
-    const std::string err = dir.File("stderr.txt");
-
-    const auto convert = vocato::test::RunCommand(lone + " convert " + in + " -o " +
-                                                  dir.File("a4.mid") + " --quiet 2>" + err);
-    ASSERT_EQ(convert.status, 0) << ReadFile(err);
+    const Outcome convert = Vocato("convert " + in + " -o " + dir.File("a4.mid") + " -q", dir, lone);
+    ASSERT_EQ(convert.status, 0) << convert.err;
     EXPECT_EQ(KeysOf(ReadMidiWithMido(dir.File("a4.mid")), '9'), std::vector<int>{69});
 
     for (const std::string role : {"live --no-synth", ""}) {
-        const auto run = vocato::test::RunCommand(lone + " " + role + " 2>" + err);
+        const Outcome run = Vocato(role, dir, lone);
         EXPECT_EQ(run.status, 1) << role;
-        EXPECT_NE(ReadFile(err).find("cannot load the window and live roles"), std::string::npos)
-            << role << ": " << ReadFile(err);
+        EXPECT_NE(run.err.find("cannot load the window and live roles"), std::string::npos)
+            << role << ": " << run.err;
     }
 }

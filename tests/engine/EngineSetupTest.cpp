@@ -10,24 +10,6 @@ namespace {
 using enginetest::EnginePtr;
 using enginetest::NewEngine;
 
-TEST(EngineSetup, AFreshRecordHoldsTheDefaults) {
-    EnginePtr s = NewEngine();
-    ASSERT_NE(s, nullptr);
-    EXPECT_EQ(s->head, 511u);
-    for (const WFETExtremum& e : s->extrema) {
-        ASSERT_TRUE(e.kind == 0 && e.interval == 0 && e.value == 0 && e.force == 0);
-    }
-    EXPECT_EQ(s->frequency, -1);
-    EXPECT_EQ(s->minPeriod[0], 25);
-    EXPECT_EQ(s->minPeriod[1], 25);
-    EXPECT_EQ(s->maxPeriod[0], 801);
-    EXPECT_EQ(s->maxPeriod[1], 801);
-    EXPECT_EQ(s->lowPass->type, TIARBQ_LOWPASS);
-    EXPECT_EQ(s->lowPass->frequency, 1760);
-    EXPECT_EQ(s->highPass->type, TIARBQ_HIGHPASS);
-    EXPECT_EQ(s->highPass->frequency, 55);
-}
-
 TEST(EngineSetup, EveryCodeAcceptsOrRejectsAtItsLimits) {
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
     struct Case {

@@ -35,6 +35,9 @@ std::vector<int16_t> ExactSine441(int periods) {
 
 TEST(ExtremumRing, TurnsOfTheSignalBecomeAlternatingExtrema) {
     EnginePtr s = NewEngine();
+    for (const WFETExtremum& e : s->extrema) {
+        ASSERT_TRUE(e.kind == 0 && e.interval == 0 && e.value == 0 && e.force == 0);
+    }
     Feed(s.get(), {-1000}); // a fresh record: a maximum of 0 lands in entry 0
     EXPECT_EQ(s->head, 0u);
     EXPECT_EQ(s->extrema[0].kind, 1);

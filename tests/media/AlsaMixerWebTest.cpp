@@ -1,4 +1,5 @@
-// The sound card side on a machine without one: opening fails the way a window can explain.
+// The sound card side on a machine without one: opening fails the way a window can explain,
+// and a capture device that does not exist has no card.
 #include "AlsaMixerWeb.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +9,8 @@
 namespace vocato::test {
 namespace {
 
-TEST(AlsaMixerWeb, AMissingCardIsReportedWithItsNumberAndTheLibrarysWords) {
+TEST(AlsaMixerWeb, AMissingCardIsReportedWithItsNumberAndAMissingCaptureDeviceHasNoCard) {
+    EXPECT_EQ(media::AlsaCardOfCaptureDevice("nonexistent_device_xyz"), -1);
     for (int card : {99, 0}) {
         SCOPED_TRACE(card);
         if (card == 0 && ::access("/dev/snd/controlC0", F_OK) == 0) {
@@ -21,10 +23,6 @@ TEST(AlsaMixerWeb, AMissingCardIsReportedWithItsNumberAndTheLibrarysWords) {
         EXPECT_FALSE(result.statusText.empty());
         EXPECT_EQ(result.web, nullptr);
     }
-}
-
-TEST(AlsaMixerWeb, ACaptureDeviceThatDoesNotExistHasNoCard) {
-    EXPECT_EQ(media::AlsaCardOfCaptureDevice("nonexistent_device_xyz"), -1);
 }
 
 } // namespace

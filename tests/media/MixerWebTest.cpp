@@ -20,22 +20,23 @@ struct FakeControl {
     std::vector<long> channels{0};
     bool refuses = false;
 };
+using Controls = std::map<MixerControl, FakeControl>;
 
 class FakeElement final : public media::MixerElement {
 public:
-    FakeElement(std::string name, unsigned index, std::map<MixerControl, FakeControl>& controls)
-        : name_(std::move(name)), index_(index), controls_(controls) {}
+    FakeElement(std::string name, unsigned index, Controls& controls,
+                std::vector<std::string> items = {})
+        : name_(std::move(name)), index_(index), controls_(controls), items_(std::move(items)) {}
 
     std::string Name() const override { return name_; }
     unsigned Index() const override { return index_; }
     bool Has(MixerControl c) const override { return controls_.count(c) != 0; }
     bool Range(MixerControl c, long* minimum, long* maximum) const override {
-        const FakeControl& control = controls_.at(c);
-        *minimum = control.minimum;
-        *maximum = control.maximum;
+        *minimum = controls_.at(c).minimum;
+        *maximum = controls_.at(c).maximum;
         return true;
     }
-    std::vector<std::string> Items() const override { return items; }
+    std::vector<std::string> Items() const override { return items_; }
     int Channels(MixerControl c) const override {
         return static_cast<int>(controls_.at(c).channels.size());
     }
@@ -44,68 +45,69 @@ public:
         return true;
     }
     bool Set(MixerControl c, int channel, long value) override {
-        FakeControl& control = controls_.at(c);
-        control.channels.at(static_cast<size_t>(channel)) = value;
-        return !control.refuses;
+        controls_.at(c).channels.at(static_cast<size_t>(channel)) = value;
+        return !controls_.at(c).refuses;
     }
-
-    std::vector<std::string> items;
 
 private:
     std::string name_;
     unsigned index_;
-    std::map<MixerControl, FakeControl>& controls_;
+    Controls& controls_;
+    std::vector<std::string> items_;
 };
 
-// Each element's controls stay with the test, which looks at them after the web wrote.
+// Every element's controls stay with the test, which looks at them after the web wrote. The
+// web's groups: Master, Capture 1, Input Source, Mic (Beep has nothing to control).
 class MixerWebTest : public ::testing::Test {
 protected:
-    FakeElement& Add(const std::string& name, unsigned index,
-                     std::map<MixerControl, FakeControl>& controls) {
-        elements.push_back(std::make_unique<FakeElement>(name, index, controls));
-        return static_cast<FakeElement&>(*elements.back());
+    static std::vector<std::unique_ptr<media::MixerElement>> Elements(MixerWebTest& t) {
+        std::vector<std::unique_ptr<media::MixerElement>> elements;
+        elements.push_back(std::make_unique<FakeElement>("Master", 0, t.master));
+        elements.push_back(std::make_unique<FakeElement>("Beep", 0, t.nothing));
+        elements.push_back(std::make_unique<FakeElement>("Capture", 1, t.capture));
+        elements.push_back(std::make_unique<FakeElement>(
+            "Input Source", 0, t.source, std::vector<std::string>{"Mic", "Line", "CD"}));
+        elements.push_back(std::make_unique<FakeElement>("Mic", 0, t.flat));
+        return elements;
     }
-    media::MixerWeb Build() { return media::MixerWeb(std::move(elements)); }
+    const media::Parameter& Named(size_t group, const std::string& name) const {
+        for (const media::Parameter& p : web.Groups().at(group).parameters) {
+            if (p.name == name) {
+                return p;
+            }
+        }
+        throw std::runtime_error("no parameter " + name);
+    }
+    int32_t Id(size_t group, const std::string& name) const { return Named(group, name).id; }
 
-    std::map<MixerControl, FakeControl> master{
+    Controls master{
         {MixerControl::PlaybackVolume, {0, 87, {60, 40}}},
         {MixerControl::PlaybackDecibels, {-6525, 0, {-1500, -3000}}},
         {MixerControl::PlaybackSwitch, {0, 1, {1, 0}}},
     };
-    std::map<MixerControl, FakeControl> capture{
+    Controls capture{
         {MixerControl::CaptureVolume, {0, 31, {7, 9}}},
         {MixerControl::CaptureSwitch, {0, 1, {0, 0}}},
     };
-    std::map<MixerControl, FakeControl> source{{MixerControl::Item, {0, 2, {1, 1}}}};
-    std::map<MixerControl, FakeControl> nothing;
-    std::vector<std::unique_ptr<media::MixerElement>> elements;
+    Controls flat = [this] {
+        Controls c = capture;
+        c[MixerControl::CaptureDecibels] = {0, 0, {0}};
+        return c;
+    }();
+    Controls source{{MixerControl::Item, {0, 2, {1, 1}}}};
+    Controls nothing;
+    media::MixerWeb web{Elements(*this)};
 };
 
-const media::Parameter& Named(const media::ParameterGroup& group, const std::string& name) {
-    for (const media::Parameter& p : group.parameters) {
-        if (p.name == name) {
-            return p;
-        }
-    }
-    throw std::runtime_error("no parameter " + name + " in " + group.name);
-}
-
 TEST_F(MixerWebTest, OneGroupPerElementWithSomethingToControlNamedWithItsIndex) {
-    Add("Master", 0, master);
-    Add("Beep", 0, nothing);
-    Add("Capture", 1, capture);
-    Add("Input Source", 0, source).items = {"Mic", "Line", "CD"};
-    const media::MixerWeb web = Build();
-    ASSERT_EQ(web.Groups().size(), 3u);
+    ASSERT_EQ(web.Groups().size(), 4u);
     EXPECT_EQ(web.Groups()[0].name, "Master");
     EXPECT_EQ(web.Groups()[1].name, "Capture 1");
     EXPECT_EQ(web.Groups()[2].name, "Input Source");
-    EXPECT_EQ(web.ParameterCount(), 5u);
-
-    const media::Parameter& on = Named(web.Groups()[0], "Playback switch");
-    EXPECT_EQ(on.kind, media::ParameterKind::Switch);
-    EXPECT_EQ(Named(web.Groups()[1], "Capture switch").kind, media::ParameterKind::Switch);
-    const media::Parameter& choice = Named(web.Groups()[2], "Input Source");
+    EXPECT_EQ(web.ParameterCount(), 7u);
+    EXPECT_EQ(Named(0, "Playback switch").kind, media::ParameterKind::Switch);
+    EXPECT_EQ(Named(1, "Capture switch").kind, media::ParameterKind::Switch);
+    const media::Parameter& choice = Named(2, "Input Source");
     ASSERT_EQ(choice.kind, media::ParameterKind::Discrete);
     ASSERT_EQ(choice.items.size(), 3u);
     EXPECT_EQ(choice.items[2].name, "CD");
@@ -113,20 +115,13 @@ TEST_F(MixerWebTest, OneGroupPerElementWithSomethingToControlNamedWithItsIndex) 
 }
 
 TEST_F(MixerWebTest, VolumesAreInDecibelsWhenTheElementHasAScaleAndInRawStepsOtherwise) {
-    Add("Master", 0, master);
-    Add("Capture", 0, capture);
-    std::map<MixerControl, FakeControl> flat = capture;
-    flat[MixerControl::CaptureDecibels] = {0, 0, {0}};
-    Add("Mic", 0, flat);
-    const media::MixerWeb web = Build();
-
-    const media::Parameter& db = Named(web.Groups()[0], "Playback volume");
+    const media::Parameter& db = Named(0, "Playback volume");
     EXPECT_EQ(db.kind, media::ParameterKind::Continuous);
     EXPECT_EQ(db.unit, "dB");
     EXPECT_FLOAT_EQ(db.minimum, -65.25f);
     EXPECT_FLOAT_EQ(db.maximum, 0.0f);
-    for (int group : {1, 2}) {
-        const media::Parameter& raw = Named(web.Groups()[group], "Capture volume");
+    for (size_t group : {1, 3}) {
+        const media::Parameter& raw = Named(group, "Capture volume");
         EXPECT_EQ(raw.unit, "") << "a scale without a span counts as none";
         EXPECT_EQ(raw.minimum, 0.0f);
         EXPECT_EQ(raw.maximum, 31.0f);
@@ -135,42 +130,28 @@ TEST_F(MixerWebTest, VolumesAreInDecibelsWhenTheElementHasAScaleAndInRawStepsOth
 }
 
 TEST_F(MixerWebTest, ValuesAreReadFromTheFirstChannelAndWrittenToAll) {
-    Add("Master", 0, master);
-    Add("Capture", 0, capture);
-    Add("Input Source", 0, source).items = {"Mic", "Line", "CD"};
-    media::MixerWeb web = Build();
-    const int32_t volume = Named(web.Groups()[0], "Playback volume").id;
-    const int32_t on = Named(web.Groups()[0], "Playback switch").id;
-    const int32_t raw = Named(web.Groups()[1], "Capture volume").id;
-    const int32_t choice = Named(web.Groups()[2], "Input Source").id;
-
-    float value = 0.0f;
-    ASSERT_TRUE(web.GetValue(volume, &value));
-    EXPECT_FLOAT_EQ(value, -15.0f);
-    ASSERT_TRUE(web.GetValue(on, &value));
-    EXPECT_EQ(value, 1.0f);
-    ASSERT_TRUE(web.GetValue(raw, &value));
-    EXPECT_EQ(value, 7.0f);
-    ASSERT_TRUE(web.GetValue(choice, &value));
-    EXPECT_EQ(value, 1.0f);
-
-    EXPECT_TRUE(web.SetValue(volume, -12.5f));
+    const std::pair<int32_t, float> read[] = {{Id(0, "Playback volume"), -15.0f},
+                                              {Id(0, "Playback switch"), 1.0f},
+                                              {Id(1, "Capture volume"), 7.0f},
+                                              {Id(2, "Input Source"), 1.0f}};
+    for (auto [id, expected] : read) {
+        float value = 0.0f;
+        ASSERT_TRUE(web.GetValue(id, &value)) << id;
+        EXPECT_FLOAT_EQ(value, expected) << id;
+    }
+    EXPECT_TRUE(web.SetValue(Id(0, "Playback volume"), -12.5f));
     EXPECT_EQ(master[MixerControl::PlaybackDecibels].channels, (std::vector<long>{-1250, -1250}));
-    EXPECT_TRUE(web.SetValue(on, 0.0f));
+    EXPECT_TRUE(web.SetValue(Id(0, "Playback switch"), 0.0f));
     EXPECT_EQ(master[MixerControl::PlaybackSwitch].channels, (std::vector<long>{0, 0}));
-    EXPECT_TRUE(web.SetValue(raw, 20.0f));
+    EXPECT_TRUE(web.SetValue(Id(1, "Capture volume"), 20.0f));
     EXPECT_EQ(capture[MixerControl::CaptureVolume].channels, (std::vector<long>{20, 20}));
-    EXPECT_TRUE(web.SetValue(choice, 2.0f));
+    EXPECT_TRUE(web.SetValue(Id(2, "Input Source"), 2.0f));
     EXPECT_EQ(source[MixerControl::Item].channels, (std::vector<long>{2, 2}));
 }
 
 TEST_F(MixerWebTest, VolumesStayInTheirRangeAndImpossibleChangesAreRefused) {
-    Add("Master", 0, master);
-    Add("Input Source", 0, source).items = {"Mic", "Line", "CD"};
-    media::MixerWeb web = Build();
-    const int32_t volume = Named(web.Groups()[0], "Playback volume").id;
-    const int32_t choice = Named(web.Groups()[1], "Input Source").id;
-
+    const int32_t volume = Id(0, "Playback volume");
+    const int32_t choice = Id(2, "Input Source");
     // A muted scale reads as minus infinity.
     master[MixerControl::PlaybackDecibels].channels[0] = -9999999;
     float value = 0.0f;

@@ -46,26 +46,13 @@ TEST(SoundFileReader, EveryStoredFormatReadsAsTheSame16BitSamplesAndLoudFloatCli
         WriteSoundFile(dir.File("f.wav"), c.samples, 44100, 1, SF_FORMAT_WAV | c.format);
         auto reader = OpenOrFail(dir.File("f.wav"));
         ASSERT_NE(reader, nullptr);
+        EXPECT_EQ(reader->Info().frames, std::ssize(c.samples));
         int16_t got[8] = {};
         ASSERT_EQ(reader->Read(got, 8), c.samples.size());
         for (size_t i = 0; i < c.samples.size(); ++i) {
             EXPECT_NEAR(got[i], std::clamp(c.samples[i], -1.0f, 1.0f) * 32767.0f, c.tolerance)
                 << "format " << std::hex << c.format << " sample " << i;
         }
-    }
-}
-
-TEST(SoundFileReader, ReportsRateAndChannelsOfUnusualFiles) {
-    TempDir dir;
-    for (const auto& [rate, channels] : {std::pair{8000, 1}, {192000, 2}, {48000, 6}}) {
-        const std::string path = dir.File("x" + std::to_string(rate) + ".flac");
-        WriteSoundFile(path, std::vector<float>(static_cast<size_t>(channels) * 100, 0.1f), rate,
-                       channels, SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
-        auto reader = OpenOrFail(path);
-        ASSERT_NE(reader, nullptr);
-        EXPECT_EQ(reader->Info().sampleRate, rate);
-        EXPECT_EQ(reader->Info().channels, static_cast<uint32_t>(channels));
-        EXPECT_EQ(reader->Info().frames, 100);
     }
 }
 

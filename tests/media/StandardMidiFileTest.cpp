@@ -40,22 +40,6 @@ TEST(StandardMidiFile, EncodesFormat0WithOneTickPerMillisecondByteForByte) {
     EXPECT_EQ(EncodeStandardMidiFile(store), expected);
 }
 
-TEST(StandardMidiFile, AnIndependentReaderSeesTheSameBytesAtTheSameMilliseconds) {
-    TempDir dir;
-    MidiStore store(16);
-    store.Add(0, midi::ProgramChange(3, 52));
-    store.Add(0, midi::ControlChange(3, 6, 12));
-    store.Add(531, midi::PitchBend(3, 0x00, 0x40));
-    store.Add(531, midi::NoteOn(3, 71, 93));
-    store.Add(1042, midi::NoteOff(3, 71, 0));
-    ASSERT_TRUE(ExportStandardMidiFile(store, dir.File("out.mid")).ok);
-    const std::vector<std::string> expected = {
-        "0 500",       "0 meta set_tempo 500000", "0 c234", "0 b2060c", "531 e20040", "531 92475d",
-        "1042 824700", "1042 meta end_of_track",
-    };
-    EXPECT_EQ(vocato::test::ReadMidiWithMido(dir.File("out.mid")), expected);
-}
-
 TEST(StandardMidiFile, AFailedWriteLeavesThePreviousFileWhichALaterWriteReplacesWhole) {
     TempDir dir;
     const std::string path = dir.File("take.mid");

@@ -8,17 +8,6 @@
 
 using namespace vocato::ui;
 
-TEST(AboutWin, TheBoxIsTallerByItsStripAndTheSplashIsExactlyThePicture) {
-    vocato::ResourceArtwork artwork;
-    auto* box = new AboutWin(artwork, false);
-    auto* splash = new AboutWin(artwork, true);
-    EXPECT_EQ(box->size(), QSize(201, 116 + 48));
-    EXPECT_EQ(splash->size(), QSize(201, 116));
-    EXPECT_TRUE(splash->windowFlags() & Qt::FramelessWindowHint);
-    delete box;
-    delete splash;
-}
-
 TEST(AboutWin, TheStripScrollsOneRowAPulseAndStartsOverAfterItsLastRow) {
     vocato::ResourceArtwork artwork;
     AboutWin box(artwork, false);
@@ -33,10 +22,13 @@ TEST(AboutWin, TheStripScrollsOneRowAPulseAndStartsOverAfterItsLastRow) {
     EXPECT_FLOAT_EQ(box.View()->ScrollOffset(), 1) << "the 165th pulse starts again at row 0";
 }
 
-TEST(AboutWin, AClickClosesTheBoxButNotTheSplash) {
+TEST(AboutWin, TheBoxIsTallerByItsStripAndClosesOnAClickButTheFramelessSplashDoesNot) {
     vocato::ResourceArtwork artwork;
     QPointer<AboutWin> box = new AboutWin(artwork, false);
     QPointer<AboutWin> splash = new AboutWin(artwork, true);
+    EXPECT_EQ(box->size(), QSize(201, 116 + 48));
+    EXPECT_EQ(splash->size(), QSize(201, 116)) << "exactly the picture";
+    EXPECT_TRUE(splash->windowFlags() & Qt::FramelessWindowHint);
     QTest::mouseClick(splash->View(), Qt::LeftButton);
     QTest::keyClick(splash->View(), Qt::Key_Space);
     QTest::mouseClick(box->View(), Qt::LeftButton);

@@ -15,6 +15,16 @@ QImage Canvas(int w, int h) {
     return image;
 }
 
+// A canvas with `draw` done on it by a Graf.
+template <typename Draw> QImage Drawn(int w, int h, Draw draw) {
+    QImage image = Canvas(w, h);
+    QPainter p(&image);
+    Graf graf(p);
+    draw(graf);
+    p.end();
+    return image;
+}
+
 const QRgb kLight = qRgb(255, 255, 255);
 const QRgb kDark = qRgb(128, 128, 128);
 
@@ -22,12 +32,9 @@ const QRgb kDark = qRgb(128, 128, 128);
 
 TEST(Graf, SunkenBevelIsDarkTopLeftAndLightBottomRightAndRaisedSwapsThem) {
     for (bool raised : {false, true}) {
-        QImage image = Canvas(12, 102);
-        {
-            QPainter p(&image);
-            Graf graf(p);
+        const QImage image = Drawn(12, 102, [&](Graf& graf) {
             raised ? graf.Top3DRect({0, 0, 10, 100}) : graf.Bottom3DRect({0, 0, 10, 100});
-        }
+        });
         const QRgb topLeft = raised ? kLight : kDark;
         const QRgb bottomRight = raised ? kDark : kLight;
         EXPECT_EQ(image.pixel(5, 0), topLeft);
@@ -39,12 +46,7 @@ TEST(Graf, SunkenBevelIsDarkTopLeftAndLightBottomRightAndRaisedSwapsThem) {
 }
 
 TEST(Graf, NestedBevelsDrawOneFramePerStepOfDepth) {
-    QImage image = Canvas(20, 20);
-    {
-        QPainter p(&image);
-        Graf graf(p);
-        graf.Top3DRect({0, 0, 19, 19}, 3);
-    }
+    const QImage image = Drawn(20, 20, [](Graf& graf) { graf.Top3DRect({0, 0, 19, 19}, 3); });
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(image.pixel(10, i), kLight) << "frame " << i;
         EXPECT_EQ(image.pixel(10, 19 - i), kDark) << "frame " << i;
@@ -53,12 +55,9 @@ TEST(Graf, NestedBevelsDrawOneFramePerStepOfDepth) {
 }
 
 TEST(Graf, VerticalGradientBlendsEachRowAtItsOwnAlpha) {
-    QImage image = Canvas(5, 11);
-    {
-        QPainter p(&image);
-        Graf graf(p);
+    const QImage image = Drawn(5, 11, [](Graf& graf) {
         graf.MakeGradient({0, 0, 4, 10}, QColor(0, 0, 0), QColor(255, 0, 0), true);
-    }
+    });
     const int alphas[11] = {0, 25, 51, 76, 102, 127, 153, 178, 204, 229, 255};
     for (int i = 0; i <= 10; ++i) {
         EXPECT_NEAR(qRed(image.pixel(2, i)), alphas[i], 1) << "row " << i;
@@ -67,12 +66,9 @@ TEST(Graf, VerticalGradientBlendsEachRowAtItsOwnAlpha) {
 }
 
 TEST(Graf, TriangleDownHasItsApexAtTheBottomCentre) {
-    QImage image = Canvas(9, 11);
-    {
-        QPainter p(&image);
-        Graf graf(p);
+    const QImage image = Drawn(9, 11, [](Graf& graf) {
         graf.TriangleDown({0, 0, 8, 10}, QColor(0, 255, 0), QColor(80, 80, 80));
-    }
+    });
     EXPECT_EQ(image.pixel(4, 10), qRgb(80, 80, 80));
     EXPECT_EQ(image.pixel(0, 10), qRgb(0, 0, 255));
     EXPECT_EQ(image.pixel(4, 3), qRgb(0, 255, 0));

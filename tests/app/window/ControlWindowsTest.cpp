@@ -1,6 +1,6 @@
 // The windows of the Options menu and the Input button: the converter's controls round-trip
 // through the node's parameter events, the preferences reach the settings file, and the input
-// window tells what it can adjust.
+// window tells what it can adjust (on a JACK server, where the live input runs from the start).
 #include "WindowFixture.h"
 #include "WindowMessages.h"
 
@@ -192,7 +192,19 @@ TEST_F(WindowTest, WithoutALiveInputTheInputWindowSaysSoAndOpensOnce) {
 
 using InputWindowOnJack = JackWindowTest;
 
-TEST_F(InputWindowOnJack, ShowsWhichCapturePortsFeedTheInputAndChangesThem) {
+TEST_F(InputWindowOnJack, TheLiveInputRunsFromTheStartAndTheWindowChangesWhichPortsFeedIt) {
+    const app::ProducerConnector& connector = Win().Session().Connector();
+    EXPECT_TRUE(connector.connected && connector.running);
+    EXPECT_EQ(connector.connection.activeProducer, connector.connection.producer);
+    EXPECT_TRUE(Win().PanelState().liveInput);
+    EXPECT_FALSE(Win().View()->Button(ui::PanelButton::PlayWave)->isEnabled());
+    Wait(200);
+    EXPECT_TRUE(Win().View()->OscilloscopeRunning());
+    // The dummy backend captures silence: a flat trace on the centre line.
+    const QImage shot = Shot();
+    EXPECT_EQ(shot.pixel(16 + 60, 71), qRgb(255, 255, 31));
+    EXPECT_NE(shot.pixel(16 + 60, 60), qRgb(255, 255, 31));
+
     Win().MessageReceived(Message(kInputWindow));
     auto* input = static_cast<InputWin*>(Win().InputWindowOpen());
     ASSERT_NE(input->View(), nullptr);

@@ -73,7 +73,9 @@ protected:
     bool expressionMoved_ = false;
 };
 
-TEST_F(MelodyThroughPanel, TheKeyboardLightsEachSungKeyAndTheMetersMove) {
+// One recording: the panel while it plays, then an export that cannot be written and one
+// that can.
+TEST_F(MelodyThroughPanel, TheKeyboardLightsEachSungKeyAndTheRecordingExportsAndReadsBack) {
     RecordMelody();
     for (const Note& n : kMelody) {
         EXPECT_EQ(litNotes_.count(n.key), 1u) << "key " << n.key << " never lit";
@@ -82,23 +84,19 @@ TEST_F(MelodyThroughPanel, TheKeyboardLightsEachSungKeyAndTheMetersMove) {
     EXPECT_TRUE(expressionMoved_);
     EXPECT_TRUE(Win().View()->Button(ui::PanelButton::PlayWave)->isEnabled())
         << "after a stop the file can play again";
-}
 
-TEST_F(MelodyThroughPanel, ATranspositionChosenOnThePanelMovesTheLitKeysAnOctaveUp) {
-    Click({544 + 7, 165});
-    EXPECT_FLOAT_EQ(Win().PanelState().transpose, 12);
-    RecordMelody();
-    SaveScreenshot("panel-transposed-after-stop");
-    for (const Note& n : kMelody) {
-        EXPECT_EQ(litNotes_.count(n.key + 12), 1u) << "key " << n.key + 12 << " never lit";
-        if (n.key != 72) { // 72 is also 60 transposed
-            EXPECT_EQ(litNotes_.count(n.key), 0u) << "key " << n.key << " lit untransposed";
-        }
-    }
-}
+    Message save(kSaveRequested);
+    save.AddString("directory", dir_.File("no-such-folder"));
+    save.AddString("name", "melody.mid");
+    app_->MessageReceived(save);
+    Wait(20);
+    const auto boxes = VisibleWindows<QMessageBox>();
+    ASSERT_EQ(boxes.size(), 1u) << "the user is told";
+    SaveScreenshot(*boxes[0], "export-error");
+    EXPECT_FALSE(boxes[0]->text().isEmpty());
+    EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(dir_.File("no-such-folder/melody.mid"))));
+    boxes[0]->close();
 
-TEST_F(MelodyThroughPanel, TheRecordingExportsThroughTheSavePanelAndReadsBack) {
-    RecordMelody();
     Win().MessageReceived(Message(kExportMidi));
     ASSERT_TRUE(Win().SavePanel()->isVisible());
     const std::string out = dir_.File("melody.mid");
@@ -117,20 +115,17 @@ TEST_F(MelodyThroughPanel, TheRecordingExportsThroughTheSavePanelAndReadsBack) {
     }
 }
 
-TEST_F(MelodyThroughPanel, AnExportThatCannotBeWrittenSaysSoAndLeavesNoFile) {
+TEST_F(MelodyThroughPanel, ATranspositionChosenOnThePanelMovesTheLitKeysAnOctaveUp) {
+    Click({544 + 7, 165});
+    EXPECT_FLOAT_EQ(Win().PanelState().transpose, 12);
     RecordMelody();
-    Message save(kSaveRequested);
-    save.AddString("directory", dir_.File("no-such-folder"));
-    save.AddString("name", "melody.mid");
-    app_->MessageReceived(save);
-    Wait(20);
-    const auto boxes = VisibleWindows<QMessageBox>();
-    ASSERT_EQ(boxes.size(), 1u) << "the user is told";
-    QMessageBox* shown = boxes[0];
-    SaveScreenshot(*shown, "export-error");
-    EXPECT_FALSE(shown->text().isEmpty());
-    EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(dir_.File("no-such-folder/melody.mid"))));
-    shown->close();
+    SaveScreenshot("panel-transposed-after-stop");
+    for (const Note& n : kMelody) {
+        EXPECT_EQ(litNotes_.count(n.key + 12), 1u) << "key " << n.key + 12 << " never lit";
+        if (n.key != 72) { // 72 is also 60 transposed
+            EXPECT_EQ(litNotes_.count(n.key), 0u) << "key " << n.key << " lit untransposed";
+        }
+    }
 }
 
 } // namespace vocato::test

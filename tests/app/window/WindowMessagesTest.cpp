@@ -49,7 +49,7 @@ std::string StoredString(const char* key) {
 
 } // namespace
 
-TEST_F(WindowTest, WithoutSettingsTheFirstPresetAndThePianoAreChosenAndShown) {
+TEST_F(WindowTest, WithoutSettingsTheFirstPresetAndThePianoAreChosenAndANamelessPresetKeepsIt) {
     EXPECT_EQ(Win().PresetValue(), 1);
     EXPECT_EQ(Win().InstrumentValue(), 0);
     EXPECT_EQ(Win().View()->PresetName(), "Default");
@@ -59,9 +59,26 @@ TEST_F(WindowTest, WithoutSettingsTheFirstPresetAndThePianoAreChosenAndShown) {
     EXPECT_EQ(StoredString("instrumentName"), "ACOUSTIC GRAND");
     EXPECT_EQ(Win().size(), skin_.size());
     SaveScreenshot("panel-at-start");
+
+    Message numberOnly(kPresetChosen);
+    numberOnly.AddInt8("Preset", 5);
+    Win().MessageReceived(numberOnly);
+    EXPECT_EQ(Win().PresetValue(), 5);
+    EXPECT_EQ(Win().View()->PresetName(), "Default") << "a preset without a name keeps the shown one";
+    EXPECT_EQ(StoredString("PresetName"), "Default");
 }
 
-TEST_F(WindowTest, ChoicesFromThePopUpsReachTheNodeAndTheSettings) {
+TEST_F(WindowTest, TheButtonsOpenThePopUpsWhoseChoicesReachTheNodeAndTheSettings) {
+    QTest::mouseClick(Win().View()->Button(ui::PanelButton::Instrument), Qt::LeftButton);
+    Wait(20);
+    EXPECT_TRUE(Win().InstrumentMenu()->isVisible());
+    SaveScreenshot(*Win().InstrumentMenu(), "instrument-menu");
+    Win().InstrumentMenu()->close();
+    QTest::mouseClick(Win().View()->Button(ui::PanelButton::Preset), Qt::LeftButton);
+    Wait(20);
+    EXPECT_TRUE(Win().PresetMenu()->isVisible());
+    Win().PresetMenu()->close();
+
     MenuItem* preset = FindItem(Win().PresetMenu(), QString::fromLatin1(kPresetLabels[2]));
     ASSERT_NE(preset, nullptr);
     preset->trigger();
@@ -75,18 +92,6 @@ TEST_F(WindowTest, ChoicesFromThePopUpsReachTheNodeAndTheSettings) {
     EXPECT_EQ(StoredString("PresetName"), kPresetLabels[2]);
     int8_t program = 0;
     EXPECT_EQ(prefs->GetInt8("Instrument", 0, &program), 40);
-}
-
-TEST_F(WindowTest, TheInstrumentAndPresetButtonsOpenTheirPopUps) {
-    QTest::mouseClick(Win().View()->Button(ui::PanelButton::Instrument), Qt::LeftButton);
-    Wait(20);
-    EXPECT_TRUE(Win().InstrumentMenu()->isVisible());
-    SaveScreenshot(*Win().InstrumentMenu(), "instrument-menu");
-    Win().InstrumentMenu()->close();
-    QTest::mouseClick(Win().View()->Button(ui::PanelButton::Preset), Qt::LeftButton);
-    Wait(20);
-    EXPECT_TRUE(Win().PresetMenu()->isVisible());
-    Win().PresetMenu()->close();
 }
 
 TEST_F(WindowTest, AMessageTheWindowDoesNotKnowEndsWithTheApplication) {
@@ -111,15 +116,6 @@ TEST_F(WindowTest, OpenWaveShowsThePanelAndItsChoiceBecomesTheFile) {
     Wait(20);
     EXPECT_TRUE(Win().PanelState().fileLoaded);
     EXPECT_EQ(Win().View()->WaveFileName(), "song.wav");
-}
-
-TEST_F(WindowTest, APresetMessageWithoutANameKeepsTheShownName) {
-    Message numberOnly(kPresetChosen);
-    numberOnly.AddInt8("Preset", 5);
-    Win().MessageReceived(numberOnly);
-    EXPECT_EQ(Win().PresetValue(), 5);
-    EXPECT_EQ(Win().View()->PresetName(), "Default");
-    EXPECT_EQ(StoredString("PresetName"), "Default");
 }
 
 TEST_F(WindowTest, TheExportPanelOpensOnlyWhenSomethingWasRecorded) {
@@ -171,7 +167,7 @@ TEST_F(WindowTest, DroppedTextDoesNothingAndOfSeveralFilesTheFirstIsChosen) {
     EXPECT_TRUE(Win().PanelState().liveInput) << "a drop does not change the chosen source";
 }
 
-TEST_F(WindowTest, ClosingTheWindowLeavesItsValuesAndTheTrackerInTheSettings) {
+TEST_F(WindowTest, ClosingTheWindowLeavesItsValuesInTheSettingsAndTheNextWindowTakesThemBack) {
     Click({460, 165});
     EXPECT_FLOAT_EQ(Win().PanelState().transpose, -24);
     Win().PanelState().midiMin = 40;
@@ -185,6 +181,17 @@ TEST_F(WindowTest, ClosingTheWindowLeavesItsValuesAndTheTrackerInTheSettings) {
     int32_t tracker = -1;
     EXPECT_EQ(prefs->GetInt32("Tracker", -1, &tracker), static_cast<int32_t>(kDefaultTrackerKind))
         << "the tracker choice is kept where it can be changed";
+
+    prefs->SetFloat("Transpose", 12);
+    prefs->RemoveName("midiMax");
+    app_->ReadyToRun(Options());
+    Wait(100);
+    EXPECT_FLOAT_EQ(Win().PanelState().transpose, 12);
+    EXPECT_FLOAT_EQ(Win().PanelState().midiMin, 40);
+    EXPECT_FLOAT_EQ(Win().PanelState().midiMax, 72) << "what was never stored keeps its value";
+    QImage lit = skin_.copy(544, 157, 15, 14).convertToFormat(QImage::Format_RGB32);
+    QPainter(&lit).drawImage(0, 0, ResourceArtwork().Image("On"));
+    EXPECT_EQ(Shot().copy(544, 157, 15, 14), lit);
 }
 
 TEST_F(WindowTest, EachAboutRequestOpensABoxOfItsOwn) {
@@ -202,20 +209,6 @@ TEST_F(WindowTest, EachAboutRequestOpensABoxOfItsOwn) {
     }
     Wait(20);
     EXPECT_TRUE(boxes().empty());
-}
-
-TEST_F(WindowTest, TheLastSessionsTranspositionAndNoteRangeComeBack) {
-    delete app_->Window();
-    prefs->SetFloat("Transpose", 12);
-    prefs->SetFloat("midiMin", 50);
-    app_->ReadyToRun(Options());
-    Wait(100);
-    EXPECT_FLOAT_EQ(Win().PanelState().transpose, 12);
-    EXPECT_FLOAT_EQ(Win().PanelState().midiMin, 50);
-    EXPECT_FLOAT_EQ(Win().PanelState().midiMax, 72) << "what was never stored keeps its value";
-    QImage lit = skin_.copy(544, 157, 15, 14).convertToFormat(QImage::Format_RGB32);
-    QPainter(&lit).drawImage(0, 0, ResourceArtwork().Image("On"));
-    EXPECT_EQ(Shot().copy(544, 157, 15, 14), lit);
 }
 
 } // namespace vocato::test
