@@ -53,6 +53,12 @@ constexpr double kRefineSeconds = 0.004;
 // Periods longer than this many decimated samples are already precise to a cent or two by
 // parabolic interpolation; only shorter ones are refined, which bounds the refinement's cost.
 constexpr double kRefineBelowLag = 40.0;
+// The residual at the analysis rate, for refining its period when its bank runs at half that
+// rate: it holds the refinement's window and the longest lag refined, at any analysis rate up
+// to 48 kHz.
+constexpr uint64_t kResidualKept = 1 << 9;
+static_assert(kResidualKept >= 4 * (kRefineBelowLag + 1) && kResidualKept >= 2 * kRefineSeconds * 48000,
+              "the refined residual holds its window and its lag");
 // A blown attack may sound its second harmonic before the fundamental has built up (the low
 // notes of a recorder or a flute: the fundamental still 25 dB under the octave 30 ms after the
 // onset, level with it only after 100 ms). McLeod's rule rightly takes the shorter of two lags
@@ -76,7 +82,7 @@ constexpr int32_t kQuantLimit = 1 << 17;
 } // namespace
 
 PeriodicityAnalyzer::PeriodicityAnalyzer()
-    : keyMaxima_(kMaxKeyMaxima), fullRate_(kFullRateSize), lowCopy_(kLowCopyCapacity)
+    : keyMaxima_(kMaxKeyMaxima), fullRate_(kFullRateSize), lowCopy_(kLowCopyCapacity), residualAtRate_(kResidualKept)
 {
     Configure(44100.0, 55.0, 1760.0);
 }
@@ -104,6 +110,8 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
     residual_.Reset(residualLags_.max, windowAt(kMinWindowSeconds, residualRate), windowAt(kLongestWindowSeconds, residualRate));
     residualPhase_ = 0;
     residualPrevious_[0] = residualPrevious_[1] = 0.0;
+    residualAtRate_.Reset(kResidualKept, std::min<uint64_t>(static_cast<uint64_t>(kRefineSeconds * analysisRate_),
+                                                            kResidualKept / 2));
 
     highPass_.SetHighPass(rate, 0.5 * low, std::numbers::sqrt2 / 2.0);
     lowCopyFilter_.SetLowPass(analysisRate_, std::min(low, 0.45 * analysisRate_), std::numbers::sqrt2 / 2.0);
@@ -182,6 +190,7 @@ void PeriodicityAnalyzer::PushDecimated(int32_t value) noexcept
         residual_.Push(static_cast<int32_t>(residual));
         return;
     }
+    residualAtRate_.Push(static_cast<float>(residual));
     // Halving the rate: a [1 2 1] / 4 low-pass, which has its zero at the new Nyquist
     // frequency, then every other sample.
     const double smoothed = 0.25 * (residualPrevious_[1] + 2.0 * residualPrevious_[0] + residual);
@@ -378,7 +387,13 @@ PeriodEstimate PeriodicityAnalyzer::AnalyseResidual() noexcept
         return {};
     }
     const Peak peak = InterpolatedPeak(n, lag);
-    return {analysisRate_ / residualStep_ / peak.lag, std::min(1.0, peak.value)};
+    // At half the rate a short period spans only a few samples, and its pitch may be a quarter
+    // tone off: enough to put a note just between two on the wrong side of their border. The
+    // nearest maximum at the analysis rate lies within one sample at the bank's rate.
+    const double atRate = peak.lag * residualStep_;
+    const double refined = residualStep_ > 1 && atRate < kRefineBelowLag ? residualAtRate_.Refine(atRate, residualStep_)
+                                                                         : atRate;
+    return {analysisRate_ / refined, std::min(1.0, peak.value)};
 }
 
 double PeriodicityAnalyzer::RecentPower(double seconds) const noexcept

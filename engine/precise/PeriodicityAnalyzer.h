@@ -99,6 +99,7 @@ private:
     Biquad lowPass_[3];
     Biquad lowCopyFilter_;
     RecentSignal lowCopy_; // the decimated input low-passed at the range's lowest note
+    RecentSignal residualAtRate_; // what remains after cancellation, before the residual bank halves its rate
     int decimation_ = 1;
     int phase_ = 0;
     LagRange lags_;

@@ -179,6 +179,14 @@ TEST(PreciseTracking, NoteReleasedIntoTheNextIsFoundWhileTheOldOneStillRings) {
         ASSERT_EQ(run.NoteNumbers(), (std::vector<int>{c.from, c.to})) << c.from << " to " << c.to;
         EXPECT_LT(run.notes[1].onFrame * 16 / 44100.0 - 0.4, c.latest) << c.from << " to " << c.to;
     }
+    // High up, the next note's period spans only a few samples of what is left with the old
+    // note cancelled; its pitch must still be precise enough to hold one note.
+    for (auto [from, to] : {std::pair{76, 74}, std::pair{83, 81}, std::pair{83, 86}, std::pair{86, 90}}) {
+        const auto mixture = ReleasedInto(Harmonic(from, 0.8, -8), Harmonic(to, 0.5, -8), 0.1, 0.05);
+        const TrackRun run = Track(*MakeTracker({.minNote = 55, .maxNote = 96}), Concat({mixture, Silence(0.1)}));
+        ASSERT_EQ(run.NoteNumbers(), (std::vector<int>{from, to})) << from << " to " << to;
+        EXPECT_LT(run.notes[1].onFrame * 16 / 44100.0 - 0.4, 0.05) << from << " to " << to;
+    }
 }
 
 // A singer slides into the next note: a semitone or a tone away in 30 ms, a third to a fifth
