@@ -23,6 +23,12 @@ constexpr double kMinWindowSeconds = 0.002;
 // least five samples; the full-rate refinement restores the precision.
 constexpr double kMinAnalysisRate = 8000.0;
 constexpr double kRateOverHighest = 5.0;
+// That least rate is reached by a whole decimation factor, which at one input rate leaves
+// half as much again to spare and at another almost none: at 48 kHz a violin's range would be
+// analysed at 16 kHz, at 44.1 kHz at 22 kHz. Every input rate is decimated to the rate the
+// tracker has at 44.1 kHz, as nearly as a whole factor allows, so a 48 kHz interface is
+// analysed as a 44.1 kHz recording is.
+constexpr double kReferenceRate = 44100.0;
 // The residual bank may run at half the analysis rate if that keeps 2 kHz of the spectrum
 // and the fundamental of the highest tracked note well below its Nyquist frequency.
 constexpr double kMinResidualRate = 4000.0;
@@ -93,7 +99,12 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
     double high = std::min(std::max(minFreq, maxFreq), 0.45 * rate);
     low = std::min(low, high / 1.06);
 
-    decimation_ = std::max(1, static_cast<int>(rate / std::max(kMinAnalysisRate, kRateOverHighest * high)));
+    const double least = std::max(kMinAnalysisRate, kRateOverHighest * high);
+    const double reference = kReferenceRate / std::max(1.0, std::floor(kReferenceRate / least));
+    decimation_ = std::max(1, static_cast<int>(std::lround(rate / reference)));
+    while (decimation_ > 1 && rate / decimation_ < least) {
+        --decimation_;
+    }
     analysisRate_ = rate / decimation_;
     const auto rangeAt = [low, high](double rate) {
         LagRange range;

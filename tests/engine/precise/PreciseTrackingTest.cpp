@@ -147,11 +147,11 @@ TEST(PreciseTracking, OctaveLeapsAndAPortamentoAreFollowedInOrder) {
 // `old` sounds alone for 0.4 s, then fades by 1/e every `fadeSeconds` while `next` rises
 // linearly to full level over `riseSeconds`; the result lasts until `next` ends.
 std::vector<int16_t> ReleasedInto(const std::vector<int16_t>& old, const std::vector<int16_t>& next,
-                                  double fadeSeconds, double riseSeconds) {
-    const size_t change = static_cast<size_t>(0.4 * 44100);
+                                  double fadeSeconds, double riseSeconds, double rate = 44100) {
+    const auto change = static_cast<size_t>(0.4 * rate);
     std::vector<int16_t> mixture(change + next.size());
     for (size_t i = 0; i < mixture.size(); ++i) {
-        const double t = (double(i) - double(change)) / 44100;
+        const double t = (double(i) - double(change)) / rate;
         const double oldPart = i < old.size() ? (t < 0 ? 1.0 : std::exp(-t / fadeSeconds)) * old[i] : 0;
         mixture[i] = Saturate(oldPart + (t < 0 ? 0.0 : std::min(1.0, t / riseSeconds) * next[i - change]));
     }
@@ -186,6 +186,24 @@ TEST(PreciseTracking, NoteReleasedIntoTheNextIsFoundWhileTheOldOneStillRings) {
         const TrackRun run = Track(*MakeTracker({.minNote = 55, .maxNote = 96}), Concat({mixture, Silence(0.1)}));
         ASSERT_EQ(run.NoteNumbers(), (std::vector<int>{from, to})) << from << " to " << to;
         EXPECT_LT(run.notes[1].onFrame * 16 / 44100.0 - 0.4, 0.05) << from << " to " << to;
+    }
+}
+
+// A violin's high register through a 48 or 96 kHz interface: the analysis must not lose the
+// precision it has at 44.1 kHz, where these changes are found.
+TEST(PreciseTracking, HighNotesReleasedIntoTheNextAreFoundAtOtherRatesAsAt44kHz) {
+    for (double rate : {48000.0, 96000.0}) {
+        for (auto [from, to] : {std::pair{90, 93}, std::pair{93, 90}, std::pair{93, 98}, std::pair{96, 93}}) {
+            const auto tone = [rate](int note, double seconds) {
+                return Render({.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = -8,
+                               .harmonics = {1, 0.5, 0.3}},
+                              rate);
+            };
+            auto mixture = ReleasedInto(tone(from, 0.8), tone(to, 0.5), 0.1, 0.05, rate);
+            mixture.resize(mixture.size() + static_cast<size_t>(0.1 * rate), 0);
+            const TrackRun run = Track(*MakeTracker({.rate = rate, .minNote = 55, .maxNote = 103}), mixture);
+            EXPECT_EQ(run.NoteNumbers(), (std::vector<int>{from, to})) << from << " to " << to << " at " << rate;
+        }
     }
 }
 
