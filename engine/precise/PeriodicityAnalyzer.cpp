@@ -60,8 +60,9 @@ constexpr double kRefineSeconds = 0.004;
 // parabolic interpolation; only shorter ones are refined, which bounds the refinement's cost.
 constexpr double kRefineBelowLag = 40.0;
 // The residual at the analysis rate, for refining its period when its bank runs at half that
-// rate: it holds the refinement's window and the longest lag refined, at any analysis rate up
-// to 48 kHz.
+// rate: low-passed as for the bank, so that what is left of the cancelled note's upper
+// harmonics does not pull the period; it holds the refinement's window and the longest lag
+// refined, at any analysis rate up to 48 kHz.
 constexpr uint64_t kResidualKept = 1 << 9;
 static_assert(kResidualKept >= 4 * (kRefineBelowLag + 1) && kResidualKept >= 2 * kRefineSeconds * 48000,
               "the refined residual holds its window and its lag");
@@ -201,10 +202,10 @@ void PeriodicityAnalyzer::PushDecimated(int32_t value) noexcept
         residual_.Push(static_cast<int32_t>(residual));
         return;
     }
-    residualAtRate_.Push(static_cast<float>(residual));
     // Halving the rate: a [1 2 1] / 4 low-pass, which has its zero at the new Nyquist
     // frequency, then every other sample.
     const double smoothed = 0.25 * (residualPrevious_[1] + 2.0 * residualPrevious_[0] + residual);
+    residualAtRate_.Push(static_cast<float>(smoothed));
     residualPrevious_[1] = residualPrevious_[0];
     residualPrevious_[0] = residual;
     if (++residualPhase_ == residualStep_) {

@@ -99,7 +99,7 @@ private:
     Biquad lowPass_[3];
     Biquad lowCopyFilter_;
     RecentSignal lowCopy_; // the decimated input low-passed at the range's lowest note
-    RecentSignal residualAtRate_; // what remains after cancellation, before the residual bank halves its rate
+    RecentSignal residualAtRate_; // what the residual bank takes every other sample of, every sample
     int decimation_ = 1;
     int phase_ = 0;
     LagRange lags_;
