@@ -42,7 +42,10 @@ constexpr double kClaritySeconds = 0.03;
 // A sounding note changes when the pitch has been this far beyond the half-semitone border
 // for as long as a note needs to start; vibrato of +-50 cents around the note stays inside.
 constexpr double kChangeMargin = 0.25;
-// Octave jumps are the typical error of period trackers: they must hold twice as long.
+// Octave jumps are the typical error of period trackers: they must hold twice as long, once
+// the note has settled. Before that, an octave jump is the attack settling: a blown or bowed
+// note may sound the octave above or below for its first periods, and the note follows its
+// register as soon as it would follow any other change.
 constexpr double kOctaveFactor = 2.0;
 // A note ends once the level has stayed below the hold level this long. Dropouts of
 // periodicity at a sounding level (a consonant, a bow change, the overlap of a released note
@@ -229,7 +232,7 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     if (std::abs(pitch - note_) > 0.5 + kChangeMargin) {
         const int nearest = Nearest(pitch);
         TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
-        const double factor = std::abs(std::abs(candidate_ - note_) - 12) <= 1 ? kOctaveFactor : 1.0;
+        const double factor = settled && std::abs(std::abs(candidate_ - note_) - 12) <= 1 ? kOctaveFactor : 1.0;
         if (candidateSamples_ >= factor * Samples(kConfirmSeconds, s.sampleRate) && !Glides()) {
             out->noteOff = static_cast<int16_t>(note_);
             StartNote(s, f, candidate_, out);

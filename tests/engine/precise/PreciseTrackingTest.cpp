@@ -128,6 +128,29 @@ TEST(PreciseTracking, HighBlownNoteOutOfALegatoStepLeavesTheLowerOctave) {
     }
 }
 
+// A blown or bowed attack may sound the octave above or below for its first 30 ms, then settle
+// into its register without a break in the waveform. The note must follow within 14 ms, as
+// for any other change; a settled note's octave jumps wait twice as long.
+TEST(PreciseTracking, AnAttackInTheWrongOctaveSettlesAsQuicklyAsAnyChange) {
+    for (int octave : {12, -12}) {
+        for (int note : {67, 72, 77}) {
+            std::vector<int16_t> blown(static_cast<size_t>(0.43 * 44100));
+            double phase = 0;
+            for (size_t i = 0; i < blown.size(); ++i) {
+                const double t = i / 44100.0;
+                phase += 2 * std::numbers::pi * NoteFrequency(t < 0.03 ? note + octave : note) / 44100;
+                const double wave = std::sin(phase) + 0.5 * std::sin(2 * phase) + 0.3 * std::sin(3 * phase);
+                blown[i] = Saturate(9000 * std::min(1.0, t / 0.005) * wave);
+            }
+            const TrackRun run =
+                Track(*MakeTracker({.minNote = 55, .maxNote = 96}), Concat({blown, Silence(0.1)}));
+            ASSERT_FALSE(run.notes.empty());
+            EXPECT_EQ(run.notes.back().note, note) << note << " after " << octave;
+            EXPECT_LT(run.notes.back().onFrame * 16 / 44100.0 - 0.03, 0.014) << note << " after " << octave;
+        }
+    }
+}
+
 TEST(PreciseTracking, OctaveLeapsAndAPortamentoAreFollowedInOrder) {
     const auto leaps = Concat({Harmonic(50, 0.35), Harmonic(62, 0.35), Harmonic(50, 0.35),
                                Harmonic(62, 0.35), Silence(0.1)});
