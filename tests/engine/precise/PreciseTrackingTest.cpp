@@ -13,6 +13,21 @@ namespace {
 
 using namespace precisetest;
 
+// One voice of harmonics 1, 0.5 and 0.3 whose note follows `noteAt` (seconds to a fractional
+// note number) with no break in its waveform, rising to `amplitude` over `attackSeconds`.
+std::vector<int16_t> Gliding(const std::function<double(double)>& noteAt, double seconds, double amplitude,
+                             double attackSeconds = 0.0) {
+    std::vector<int16_t> out(static_cast<size_t>(seconds * 44100));
+    double phase = 0;
+    for (size_t i = 0; i < out.size(); ++i) {
+        const double t = i / 44100.0;
+        phase += 2 * std::numbers::pi * NoteFrequency(noteAt(t)) / 44100;
+        const double rise = attackSeconds > 0.0 ? std::min(1.0, t / attackSeconds) : 1.0;
+        out[i] = Saturate(amplitude * rise * (std::sin(phase) + 0.5 * std::sin(2 * phase) + 0.3 * std::sin(3 * phase)));
+    }
+    return out;
+}
+
 TEST(PreciseTracking, SteadyToneInEveryPresetRangeGivesOneNoteWithinThreeCents) {
     // Preset number, lowest and highest note; preset 2 shares preset 1's range.
     const int ranges[][3] = {{1, 36, 72},   {3, 48, 78},   {4, 39, 76},  {5, 27, 56},  {6, 55, 103},
@@ -134,14 +149,7 @@ TEST(PreciseTracking, HighBlownNoteOutOfALegatoStepLeavesTheLowerOctave) {
 TEST(PreciseTracking, AnAttackInTheWrongOctaveSettlesAsQuicklyAsAnyChange) {
     for (int octave : {12, -12}) {
         for (int note : {67, 72, 77}) {
-            std::vector<int16_t> blown(static_cast<size_t>(0.43 * 44100));
-            double phase = 0;
-            for (size_t i = 0; i < blown.size(); ++i) {
-                const double t = i / 44100.0;
-                phase += 2 * std::numbers::pi * NoteFrequency(t < 0.03 ? note + octave : note) / 44100;
-                const double wave = std::sin(phase) + 0.5 * std::sin(2 * phase) + 0.3 * std::sin(3 * phase);
-                blown[i] = Saturate(9000 * std::min(1.0, t / 0.005) * wave);
-            }
+            const auto blown = Gliding([=](double t) { return t < 0.03 ? note + octave : note; }, 0.43, 9000, 0.005);
             const TrackRun run =
                 Track(*MakeTracker({.minNote = 55, .maxNote = 96}), Concat({blown, Silence(0.1)}));
             ASSERT_FALSE(run.notes.empty());
@@ -242,13 +250,9 @@ TEST(PreciseTracking, SlideIsFollowedOnArrivalWithoutTheNotesOnTheWay) {
     };
     for (const Case c : {Case{57, 59, 0.03}, Case{69, 71, 0.03}, Case{60, 59, 0.03}, Case{57, 61, 0.05},
                          Case{64, 60, 0.05}, Case{55, 62, 0.08}}) {
-        std::vector<int16_t> sung(static_cast<size_t>((0.8 + c.slideSeconds) * 44100));
-        double phase = 0;
-        for (size_t i = 0; i < sung.size(); ++i) {
-            const double slid = std::clamp((i / 44100.0 - 0.4) / c.slideSeconds, 0.0, 1.0);
-            phase += 2 * std::numbers::pi * NoteFrequency(c.from + slid * (c.to - c.from)) / 44100;
-            sung[i] = Saturate(10000 * (std::sin(phase) + 0.5 * std::sin(2 * phase) + 0.3 * std::sin(3 * phase)));
-        }
+        const auto sung = Gliding(
+            [c](double t) { return c.from + std::clamp((t - 0.4) / c.slideSeconds, 0.0, 1.0) * (c.to - c.from); },
+            0.8 + c.slideSeconds, 10000);
         const TrackRun run = Track(*MakeTracker(), Concat({sung, Silence(0.1)}));
         ASSERT_EQ(run.NoteNumbers(), (std::vector<int>{c.from, c.to})) << c.from << " to " << c.to;
         EXPECT_LT(run.notes[1].onFrame * 16 / 44100.0 - 0.4 - c.slideSeconds, 0.01) << c.from << " to " << c.to;
