@@ -1,0 +1,109 @@
+#!/usr/bin/env python3
+"""The public melodies as other rooms, microphones and interfaces would deliver them.
+
+A tracker tuned on one set of clean renders can get worse anywhere else without showing it
+there; a change is only better if it holds up under every one of these. Each run writes one
+condition of the chosen melodies in the benchmark's layout:
+
+  reverb       sox's `reverb 40 50 60`, a mid-sized room
+  noise        white noise --db (default 20) dB below the sound's own level
+  hum          mains hum at --db (default 40) dB below full scale: 50, 100 and 150 Hz
+  quieter      the whole file --db (default 20) dB down
+  rate         resampled by sox to --rate Hz (default 48000)
+
+    python3 bench/recording_conditions.py /tmp/reverb reverb --melodies 1 12
+    python3 bench/recording_conditions.py /tmp/r48k rate --rate 48000
+    python3 bench/accuracy.py --data /tmp/reverb --converter precise='...' --split all
+"""
+
+import argparse
+import json
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import wave
+
+import numpy as np
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+from transcription.dataset import default_data_dir, load_manifest, select_split  # noqa: E402
+
+DEFAULT_DB = {"noise": 20.0, "hum": 40.0, "quieter": 20.0}
+# Samples quieter than this (16-bit scale) are the silence between notes, which must not lower
+# the level the noise is measured against.
+SILENT = 100
+HUM = ((50.0, 1.0), (100.0, 0.5), (150.0, 0.3))
+
+
+def read(path):
+    with wave.open(path) as w:
+        samples = np.frombuffer(w.readframes(w.getnframes()), dtype=np.int16).astype(float)
+        return samples, w.getframerate()
+
+
+def write(path, samples, rate):
+    with wave.open(path, "wb") as w:
+        w.setnchannels(1)
+        w.setsampwidth(2)
+        w.setframerate(rate)
+        w.writeframes(np.clip(np.round(samples), -32768, 32767).astype(np.int16).tobytes())
+
+
+def change(condition, source, target, db, rate, rng):
+    """Writes `source` (any format sox reads) under `condition` to the WAV file `target`."""
+    if condition == "reverb":
+        subprocess.run(["sox", source, target, "reverb", "40", "50", "60"], check=True)
+        return
+    if condition == "rate":
+        subprocess.run(["sox", source, "-r", str(rate), target], check=True)
+        return
+    with tempfile.NamedTemporaryFile(suffix=".wav") as plain:
+        subprocess.run(["sox", source, "-b", "16", "-c", "1", plain.name], check=True)
+        x, sr = read(plain.name)
+    if condition == "noise":
+        level = np.sqrt(np.mean(x[np.abs(x) > SILENT] ** 2))
+        x = x + rng.normal(0.0, level * 10 ** (-db / 20), x.size)
+    elif condition == "hum":
+        t = np.arange(x.size) / sr
+        x = x + 32768 * 10 ** (-db / 20) * sum(a * np.sin(2 * np.pi * f * t) for f, a in HUM)
+    elif condition == "quieter":
+        x = x * 10 ** (-db / 20)
+    write(target, x, sr)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("out")
+    parser.add_argument("condition", choices=("reverb", "noise", "hum", "quieter", "rate"))
+    parser.add_argument("--db", type=float, help="how far down the noise, the hum or the whole file is")
+    parser.add_argument("--rate", type=int, default=48000)
+    parser.add_argument("--melodies", type=int, nargs=2, default=(1, 99), metavar=("FIRST", "LAST"),
+                        help="only the files whose number (p01 is 1) lies in this range")
+    parser.add_argument("--split", default="all", choices=("dev", "heldout", "all"))
+    parser.add_argument("--data", help="the data set to change (default: the public set)")
+    args = parser.parse_args()
+
+    data = args.data or default_data_dir(os.path.dirname(os.path.abspath(__file__)))
+    db = args.db if args.db is not None else DEFAULT_DB.get(args.condition, 0.0)
+    rng = np.random.default_rng(5)
+    os.makedirs(os.path.join(args.out, "audio"), exist_ok=True)
+    os.makedirs(os.path.join(args.out, "gt"), exist_ok=True)
+    items = []
+    for item in select_split(load_manifest(data), args.split):
+        number = int(item["id"][1:3])
+        if not args.melodies[0] <= number <= args.melodies[1]:
+            continue
+        change(args.condition, item["audio"], os.path.join(args.out, "audio", item["id"] + ".wav"), db,
+               args.rate, rng)
+        shutil.copy(item["gt"], os.path.join(args.out, "gt", item["id"] + ".csv"))
+        items.append(dict(item, audio=f"audio/{item['id']}.wav", gt=f"gt/{item['id']}.csv",
+                          condition=args.condition))
+    with open(os.path.join(args.out, "manifest.json"), "w") as f:
+        json.dump({"items": items, "set": f"{args.condition} ({db:g} dB)"}, f, indent=1)
+    print(f"{len(items)} files in {args.out}")
+
+
+if __name__ == "__main__":
+    main()
