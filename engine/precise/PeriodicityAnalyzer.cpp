@@ -231,9 +231,12 @@ bool PeriodicityAnalyzer::Repeats(const DifferenceBank& bank, KeyMaximum& m, con
         // The newest period against the one two periods back: over the lag's own window, not
         // the doubled lag's, so a note is recognised after three of its periods rather than
         // four. Asked only of the key maxima that compete, since it costs a pass over the
-        // window.
+        // window. Not asked of a period longer than the longest window, which is judged over
+        // less than one of its periods already: the one-off matches of a strong harmonic lie
+        // at the short lags the key-maximum rule reaches first, and a third period of a low
+        // note would make it later still.
         const int twice = 2 * m.lag;
-        const bool beyond = twice > range.max;
+        const bool beyond = twice > range.max || bank.Window(m.lag) < m.lag;
         m.repeats = beyond || bank.NormalisedNear(twice, bank.Window(m.lag)) >= kRepeatFactor * m.value;
     }
     return m.repeats == 1;

@@ -98,8 +98,9 @@ TEST(PreciseNoteEvents, AQuietPerformanceKeepsItsSoftEndingUnderTheHoldLevel) {
 TEST(PreciseNoteEvents, LowNotesStartWithinAPeriodAndALimitedWindow) {
     // Every period is compared with the one before it over at most 12 ms, so even the lowest
     // notes of a bass start about a period, that window and the 6 ms confirmation after their
-    // 10 ms attack ramp, not after two and a half of their long periods.
-    for (int note : {24, 28, 33, 40}) {
+    // 10 ms attack ramp, not after two and a half of their long periods, nor after a third
+    // period to show that they repeat (C2 took 49 ms that way).
+    for (int note : {24, 28, 33, 36, 38, 40}) {
         const double period = 1.0 / NoteFrequency(note);
         const TrackRun run = Track(*MakeTracker({.minNote = 24, .maxNote = 56}), Padded(PlayedNote(note, 0.6)));
         ASSERT_EQ(run.NoteNumbers(), std::vector<int>{note});
