@@ -15,7 +15,6 @@ outside --range are left out.
 """
 
 import argparse
-import json
 import os
 import subprocess
 import sys
@@ -26,7 +25,7 @@ import mido
 import numpy as np
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from transcription.dataset import default_data_dir, load_manifest, select_split  # noqa: E402
+from transcription.dataset import default_data_dir, load_manifest, select_split, write_manifest  # noqa: E402
 from transcription.notes import read_csv_notes  # noqa: E402
 
 RATE = 44100
@@ -98,9 +97,7 @@ def main():
                           instrument=item["instrument"] if args.program is None else f"program {program}",
                           program=program, preset=preset, transpose=transpose, soundfont=font,
                           condition="variant"))
-    with open(os.path.join(args.out, "manifest.json"), "w") as f:
-        json.dump({"items": items, "set": f"variant with {font}"}, f, indent=1)
-    print(f"{len(items)} files in {args.out}")
+    write_manifest(args.out, items, f"variant with {font}")
 
 
 if __name__ == "__main__":

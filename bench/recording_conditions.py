@@ -17,7 +17,6 @@ condition of the chosen melodies in the benchmark's layout:
 """
 
 import argparse
-import json
 import os
 import shutil
 import subprocess
@@ -28,7 +27,7 @@ import wave
 import numpy as np
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from transcription.dataset import default_data_dir, load_manifest, select_split  # noqa: E402
+from transcription.dataset import default_data_dir, load_manifest, select_split, write_manifest  # noqa: E402
 
 DEFAULT_DB = {"noise": 20.0, "hum": 40.0, "quieter": 20.0}
 # Samples quieter than this (16-bit scale) are the silence between notes, which must not lower
@@ -100,9 +99,7 @@ def main():
         shutil.copy(item["gt"], os.path.join(args.out, "gt", item["id"] + ".csv"))
         items.append(dict(item, audio=f"audio/{item['id']}.wav", gt=f"gt/{item['id']}.csv",
                           condition=args.condition))
-    with open(os.path.join(args.out, "manifest.json"), "w") as f:
-        json.dump({"items": items, "set": f"{args.condition} ({db:g} dB)"}, f, indent=1)
-    print(f"{len(items)} files in {args.out}")
+    write_manifest(args.out, items, f"{args.condition} ({db:g} dB)")
 
 
 if __name__ == "__main__":

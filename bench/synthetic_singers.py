@@ -17,7 +17,6 @@ The output directory gets audio/*.wav, gt/*.csv and a manifest.json that accurac
 """
 
 import argparse
-import json
 import os
 import sys
 import wave
@@ -25,7 +24,7 @@ import wave
 import numpy as np
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from transcription.dataset import default_data_dir, load_manifest  # noqa: E402
+from transcription.dataset import default_data_dir, load_manifest, write_manifest  # noqa: E402
 from transcription.notes import read_csv_notes  # noqa: E402
 
 RATE = 44100
@@ -125,9 +124,7 @@ def main():
             gt.writelines(f"{on:.4f},{off:.4f},{int(note)}\n" for on, off, note in notes)
         items.append(dict(item, id=file_id, audio=f"audio/{file_id}.wav", gt=f"gt/{file_id}.csv",
                           condition=args.mode))
-    with open(os.path.join(args.out, "manifest.json"), "w") as f:
-        json.dump({"items": items, "set": f"synthetic {args.mode}"}, f, indent=1)
-    print(f"{len(items)} files in {args.out}")
+    write_manifest(args.out, items, f"synthetic {args.mode}")
 
 
 if __name__ == "__main__":

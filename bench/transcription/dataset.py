@@ -29,6 +29,14 @@ def load_manifest(data_dir):
     return items
 
 
+def write_manifest(out_dir, items, name):
+    """The manifest of a data set made from another one, which `load_manifest` reads back;
+    `items` name their audio and ground truth relative to `out_dir`."""
+    with open(os.path.join(out_dir, "manifest.json"), "w") as f:
+        json.dump({"items": items, "set": name}, f, indent=1)
+    print(f"{len(items)} files in {out_dir}")
+
+
 def heldout_ids(items):
     """The held-out part is chosen from file ids alone, never from results. Instruments are
     ranked by their first id and each one's files are sorted by id; file p of instrument r is
