@@ -108,6 +108,9 @@ bool SameNote(double a, double b) { return std::abs(12.0 * std::log2(a / b)) < k
 
 uint32_t Samples(double seconds, double rate) { return static_cast<uint32_t>(seconds * rate); }
 
+// How far a value followed over `seconds` moves towards a frame of `samples`.
+double FollowWeight(uint32_t samples, double seconds, double rate) { return std::min(1.0, samples / (seconds * rate)); }
+
 int LevelValue(const PreciseSettings& s, double level)
 {
     if (level <= 1e-20) {
@@ -224,7 +227,7 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
         DecideIdle(s, f, pitch, out);
         return;
     }
-    const double weight = std::min(1.0, f.samples / (kClaritySeconds * s.sampleRate));
+    const double weight = FollowWeight(f.samples, kClaritySeconds, s.sampleRate);
     if (!f.fromResidual) {
         noteClarity_ += weight * (f.clarity - noteClarity_);
         clarityDeviation_ += weight * (std::abs(f.clarity - noteClarity_) - clarityDeviation_);
@@ -342,8 +345,8 @@ void NoteDecider::FollowPitch(const PreciseSettings& s, double pitch, uint32_t s
         quickPitch_ = slowPitch_ = pitch;
         return;
     }
-    quickPitch_ += std::min(1.0, samples / (kQuickFollowSeconds * s.sampleRate)) * (pitch - quickPitch_);
-    slowPitch_ += std::min(1.0, samples / (kSlowFollowSeconds * s.sampleRate)) * (pitch - slowPitch_);
+    quickPitch_ += FollowWeight(samples, kQuickFollowSeconds, s.sampleRate) * (pitch - quickPitch_);
+    slowPitch_ += FollowWeight(samples, kSlowFollowSeconds, s.sampleRate) * (pitch - slowPitch_);
 }
 
 bool NoteDecider::Glides() const noexcept

@@ -8,9 +8,8 @@ namespace vocato::precise {
 namespace {
 
 constexpr int kMaxKeyMaxima = 512;
-// The full-rate input is kept twice over, the second copy right behind the first, so that any
-// recent stretch of it is contiguous and the refinement's loops need no wrap-around. It only
-// has to hold the refinement's window and lag: both are a few milliseconds at most.
+// The full-rate input only has to hold the refinement's window and lag: both are a few
+// milliseconds at most.
 constexpr uint64_t kFullRateSize = 1 << 13;
 // Below MIDI note 11: the lowest frequency the capacity is sized for.
 constexpr double kLowestFrequency = 14.0;
@@ -236,8 +235,9 @@ bool PeriodicityAnalyzer::Repeats(const DifferenceBank& bank, KeyMaximum& m, con
         // at the short lags the key-maximum rule reaches first, and a third period of a low
         // note would make it later still.
         const int twice = 2 * m.lag;
-        const bool beyond = twice > range.max || bank.Window(m.lag) < m.lag;
-        m.repeats = beyond || bank.NormalisedNear(twice, bank.Window(m.lag)) >= kRepeatFactor * m.value;
+        const int window = bank.Window(m.lag);
+        const bool beyond = twice > range.max || window < m.lag;
+        m.repeats = beyond || bank.NormalisedNear(twice, window) >= kRepeatFactor * m.value;
     }
     return m.repeats == 1;
 }
