@@ -10,7 +10,12 @@ one of two ways of joining legato notes:
   overlap  each note is its own voice that rises over --rise seconds and, after its end, fades
            by 1/e every --fade seconds under the next one (a choir, a room, a synthesizer)
 
+In slide mode the voice may also begin each note after a rest --scoop semitones flat and rise
+into it over --scoop-time seconds, and sing each note up to --detune cents off its pitch, as
+untrained singers do.
+
     python3 bench/synthetic_singers.py slide /tmp/slide
+    python3 bench/synthetic_singers.py slide /tmp/scoop --scoop 1
     python3 bench/accuracy.py --data /tmp/slide --converter precise='...' --split all
 
 The output directory gets audio/*.wav, gt/*.csv and a manifest.json that accuracy.py reads.
@@ -59,6 +64,7 @@ def is_legato(notes, i):
 
 def slide(notes, length, vowel, args, rng):
     f = np.full(length, frequency(notes[0][2]))
+    detune = rng.uniform(-args.detune, args.detune, len(notes)) if args.detune else np.zeros(len(notes))
     level = np.zeros(length)
     for i, (on, off, note) in enumerate(notes):
         s, e = int(on * RATE), int(off * RATE)
@@ -66,7 +72,9 @@ def slide(notes, length, vowel, args, rng):
         cents = vibrato_cents(t, args.vibrato, rng)
         if is_legato(notes, i) and args.glide > 0:
             cents += 100 * (notes[i - 1][2] - note) * np.clip(1 - t / args.glide, 0, 1) ** 2
-        f[s:e] = frequency(note) * 2 ** (cents / 1200)
+        elif not is_legato(notes, i) and args.scoop > 0:
+            cents -= 100 * args.scoop * np.clip(1 - t / args.scoop_time, 0, 1) ** 2
+        f[s:e] = frequency(note) * 2 ** ((cents + detune[i]) / 1200)
         envelope = np.ones(e - s)
         if not is_legato(notes, i):
             envelope[:int(0.04 * RATE)] = np.linspace(0, 1, int(0.04 * RATE))
@@ -95,6 +103,9 @@ def main():
     parser.add_argument("out")
     parser.add_argument("--vibrato", type=float, default=50, help="vibrato depth in cents (default 50)")
     parser.add_argument("--glide", type=float, default=0.03, help="slide into legato notes, s (default 0.03)")
+    parser.add_argument("--scoop", type=float, default=0, help="slide: notes after a rest start this many semitones flat (default 0)")
+    parser.add_argument("--scoop-time", type=float, default=0.08, help="slide: how long the scoop takes, s (default 0.08)")
+    parser.add_argument("--detune", type=float, default=0, help="slide: each note off its pitch by up to this many cents (default 0)")
     parser.add_argument("--rise", type=float, default=0.05, help="overlap: attack time, s (default 0.05)")
     parser.add_argument("--fade", type=float, default=0.08, help="overlap: release time constant, s (default 0.08)")
     parser.add_argument("--breath", type=float, default=-30, help="breath noise level, dB (default -30)")

@@ -29,6 +29,17 @@ constexpr double kCandidateReach = 0.65;
 constexpr double kGlideSpeed = 40.0;
 constexpr double kQuickFollowSeconds = 0.0015;
 constexpr double kSlowFollowSeconds = 0.0045;
+// A singer often begins a note below it and rises into it, slowing as the pitch arrives (a
+// scoop); a bowed or blown attack may do the same. Just after a sound has come up from below the
+// start level, a pitch in the outer half of a note's span (a quarter semitone or more from its
+// centre) may still be on its way to the next note. It has not arrived while it moves on that
+// way faster than a held pitch drifts, nor before it has been followed long enough to tell.
+// Otherwise the note below starts, and the one sung follows tens of milliseconds later as a
+// second note.
+constexpr double kScoopZone = 0.25;
+constexpr double kScoopSpeed = 5.0;
+constexpr double kScoopWatchSeconds = 2.0 * kSlowFollowSeconds;
+constexpr double kOnsetSeconds = 0.05;
 // A note that has sounded for a while ends when its periodicity breaks down to this fraction
 // of what it has been: a new excitation (re-articulation, a new bow or breath, a legato step)
 // does not continue the phase of the old waveform. The next note then needs its own
@@ -137,6 +148,7 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
     f.fromResidual = chosen.frequency != frame.frequency;
     const double pitch = f.frequency > 0.0 ? PitchOf(f.frequency, s.refPitch) : 0.0;
     FollowPitch(s, pitch, f.samples);
+    sinceOnset_ = f.level <= StartLevel(s) ? 0 : std::min(sinceOnset_ + f.samples, Samples(kOnsetSeconds, s.sampleRate));
     if (sounding_) {
         // While a mixture hides what comes next, a frame says nothing about it; but a mixture
         // that lasts is what the input is, and the own estimate counts again.
@@ -173,7 +185,9 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
     }
     // A residual has passed its own tests (MixtureChoice.h).
     const double clarity = f.fromResidual ? 0.0 : nearest == interruptedNote_ ? kRestrikeClarity : kStartClarity;
-    const bool voiced = f.frequency > 0.0 && f.clarity >= clarity && f.level > StartLevel(s);
+    const bool justBegun = sinceOnset_ < Samples(kOnsetSeconds, s.sampleRate);
+    const bool voiced = f.frequency > 0.0 && f.clarity >= clarity && f.level > StartLevel(s) &&
+                        !(justBegun && Arriving(s, pitch - nearest));
     if (!voiced) {
         // An attack is noisy: a few unclear frames pause the confirmation, more restart it.
         candidateMisses_ += f.samples;
@@ -343,8 +357,10 @@ void NoteDecider::FollowPitch(const PreciseSettings& s, double pitch, uint32_t s
     }
     if (std::abs(pitch - quickPitch_) > kCandidateReach) {
         quickPitch_ = slowPitch_ = pitch;
+        followedSamples_ = 0;
         return;
     }
+    followedSamples_ = std::min(followedSamples_ + samples, Samples(kScoopWatchSeconds, s.sampleRate));
     quickPitch_ += FollowWeight(samples, kQuickFollowSeconds, s.sampleRate) * (pitch - quickPitch_);
     slowPitch_ += FollowWeight(samples, kSlowFollowSeconds, s.sampleRate) * (pitch - slowPitch_);
 }
@@ -352,6 +368,16 @@ void NoteDecider::FollowPitch(const PreciseSettings& s, double pitch, uint32_t s
 bool NoteDecider::Glides() const noexcept
 {
     return std::abs(quickPitch_ - slowPitch_) > kGlideSpeed * (kSlowFollowSeconds - kQuickFollowSeconds);
+}
+
+bool NoteDecider::Arriving(const PreciseSettings& s, double offset) const noexcept
+{
+    if (std::abs(offset) < kScoopZone) {
+        return false;
+    }
+    const double drift = quickPitch_ - slowPitch_;
+    return followedSamples_ < Samples(kScoopWatchSeconds, s.sampleRate) ||
+           (drift * offset > 0.0 && std::abs(drift) > kScoopSpeed * (kSlowFollowSeconds - kQuickFollowSeconds));
 }
 
 void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept

@@ -69,6 +69,9 @@ private:
     // The pitch, followed quickly and slowly; the two part while it glides.
     void FollowPitch(const PreciseSettings& s, double pitch, uint32_t samples) noexcept;
     bool Glides() const noexcept;
+    // Whether the pitch, `offset` semitones from the nearest note, may still be on its way to
+    // the next one.
+    bool Arriving(const PreciseSettings& s, double offset) const noexcept;
     void StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept;
     enum class KeepCandidate { No, Yes };
     void EndNote(WFETMidiOut* out, KeepCandidate keep = KeepCandidate::No) noexcept;
@@ -92,6 +95,7 @@ private:
     double candidateHigh_ = 0.0;
     double quickPitch_ = 0.0;
     double slowPitch_ = 0.0;
+    uint32_t followedSamples_ = 0; // since the pitch followers last started afresh
     double noteClarity_ = 0.0;
     double clarityDeviation_ = 0.0; // mean distance of the periodicity from noteClarity_
     double soundingFrequency_ = 0.0;
@@ -101,6 +105,7 @@ private:
     double previousNominal_ = 0.0;   // the same, at the pitch of its note number
     uint32_t ringSamples_ = 0;       // since the last note started or ended
     uint32_t hiddenSamples_ = 0;     // of frames in a row that a mixture hid
+    uint32_t sinceOnset_ = 0;        // since the level was last at or below the start level
     // The lowest power left with the note `tailFrequency_` cancelled since the analysis began
     // to cancel it: the tail of the note before that one, while it still rings.
     double tailFloor_ = 0.0;

@@ -259,6 +259,24 @@ TEST(PreciseTracking, SlideIsFollowedOnArrivalWithoutTheNotesOnTheWay) {
     }
 }
 
+// A singer begins a note from below and rises into it, fast at first and slowing as the pitch
+// arrives: 0.8 to 1 semitone in 60-100 ms. For the first tens of milliseconds the pitch lies in
+// the note below; only the note sung is a note, and it must still start within 50 ms.
+TEST(PreciseTracking, ScoopFromSilenceStartsOnlyTheNoteItArrivesAt) {
+    struct Case {
+        int note;
+        double depth, seconds;
+    };
+    for (const Case c : {Case{52, 1.0, 0.08}, Case{57, 1.0, 0.1}, Case{60, 0.8, 0.06}, Case{64, 1.0, 0.08},
+                         Case{67, 0.8, 0.1}, Case{70, 1.0, 0.06}}) {
+        const auto scoop = [c](double t) { return c.note - c.depth * std::pow(std::max(0.0, 1.0 - t / c.seconds), 2); };
+        const auto sung = Gliding(scoop, 0.5, 10000, 0.03);
+        const TrackRun run = Track(*MakeTracker(), Concat({Silence(0.2), sung, Silence(0.1)}));
+        ASSERT_EQ(run.NoteNumbers(), (std::vector<int>{c.note})) << c.depth << " semitones into " << c.note;
+        EXPECT_LT(run.notes[0].onFrame * 16 / 44100.0 - 0.2, 0.05) << c.depth << " semitones into " << c.note;
+    }
+}
+
 // A sung note with vibrato, released into the next one a tone or two away: its tail fades
 // for a long while and beats with the new note, which must not bring the old one back.
 TEST(PreciseTracking, FadingTailOfAVibratoNoteDoesNotComeBack) {
