@@ -146,30 +146,4 @@ TEST(PitchAnalysis, UnpairedExtremaCostTheirForceTimesThePenalty) {
     EXPECT_DOUBLE_EQ(d, 24.0 / 2.0 / 3 + 7.0 / (10 * 3));
 }
 
-TEST(PitchAnalysis, InterpolationFindsTheVertexOfTheParabola) {
-    const WFETExtremum flat{1, 0, 0, 5, 5, 5, 0, 0};
-    const WFETExtremum leaning{1, 0, 0, 1, 0, 0.5, 0, 0};
-    EXPECT_EQ(WFETInterpol(&flat), 0);
-    EXPECT_DOUBLE_EQ(WFETInterpol(&leaning), 1.0 / 6);
-}
-
-TEST(PitchAnalysis, TheReferenceIsTheMostProminentOfTheSevenNewestWithTiesToTheNewer) {
-    EnginePtr s = NewEngine();
-    s->head = 20;
-    for (int k = 0; k <= 8; ++k) {
-        s->extrema[20 - k].swing = 1;
-    }
-    s->extrema[15].swing = 5;
-    s->extrema[14].swing = 5;
-    s->extrema[16].swing = 5;
-    WFETForces(s.get());
-    // Record 15 has swings 5 (own) and 5 (the next, 16): force 5. Record 14 likewise has 5 and 5.
-    EXPECT_EQ(WFETRef(s.get()), 15);
-    for (int k = 0; k <= 8; ++k) {
-        s->extrema[20 - k].swing = 0;
-    }
-    WFETForces(s.get());
-    EXPECT_EQ(WFETRef(s.get()), -1);
-}
-
 } // namespace

