@@ -54,6 +54,18 @@ TEST(Connection, ProgramAndStartAnnounceOnChannelOneAndStopSilences) {
     EXPECT_EQ(rig.sink.sent.size(), 16u);
 }
 
+TEST(Connection, ThePreferredFormatIsMonoInBuffersOf1024Bytes) {
+    media::MediaFormat format;
+    format.type = media::MediaType::RawAudio;
+    format.raw.frameRate = 48000;
+    VocatoNode::getPreferredFormat(format);
+    EXPECT_EQ(format.raw.channelCount, 1u);
+    EXPECT_EQ(format.raw.bufferSize, 1024u);
+    EXPECT_EQ(format.raw.frameRate, 0.0);
+    media::MediaFormat other;
+    EXPECT_THROW(VocatoNode::getPreferredFormat(other), std::invalid_argument);
+}
+
 TEST(AddOn, MakesWindowlessNodesThatNameTheirAddOn) {
     std::unique_ptr<VocatoAddOn> addOn(make_media_addon(3));
     const char* failure = nullptr;
@@ -62,6 +74,7 @@ TEST(AddOn, MakesWindowlessNodesThatNameTheirAddOn) {
     EXPECT_EQ(addOn->GetFlavorAt(1, &flavor), media::kError);
     EXPECT_EQ(flavor, nullptr);
     ASSERT_EQ(addOn->GetFlavorAt(0, &flavor), media::kOk);
+    EXPECT_EQ(flavor->kinds, kBufferConsumer | kControllable);
 
     NodeOptions options;
     options.internalSynth = false;
