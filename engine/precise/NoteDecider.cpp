@@ -50,15 +50,9 @@ constexpr double kBreakRatio = 0.8;
 constexpr double kBreakDeviations = 4.0;
 // The note's typical periodicity is a running mean over about 30 ms of frames.
 constexpr double kClaritySeconds = 0.03;
-// A sounding note changes when the pitch has left its span and been this far beyond half a
-// semitone from where the note is sung (its centre) for as long as a note needs to start.
-// A singer's note may lie well off its pitch, and vibrato swings around the centre, not around
-// the nominal pitch: 40 cents flat with a vibrato of +-50 cents reaches 90 cents under the note
-// and stays inside. The centre follows the note's own frames over about half a vibrato cycle,
-// from its nominal pitch; not while the note it replaced still rings, whose blend with it lies
-// between the two.
+// A sounding note changes when the pitch has been this far beyond the half-semitone border
+// for as long as a note needs to start; vibrato of +-50 cents around the note stays inside.
 constexpr double kChangeMargin = 0.25;
-constexpr double kCentreSeconds = 0.1;
 // Octave jumps are the typical error of period trackers: they must hold twice as long, once
 // the note has settled. Before that, an octave jump is the attack settling: a blown or bowed
 // note may sound the octave above or below for its first periods, and the note follows its
@@ -252,7 +246,7 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
         noteClarity_ += weight * (f.clarity - noteClarity_);
         clarityDeviation_ += weight * (std::abs(f.clarity - noteClarity_) - clarityDeviation_);
     }
-    if (std::abs(pitch - note_) > 0.5 && std::abs(pitch - centre_) > 0.5 + kChangeMargin) {
+    if (std::abs(pitch - note_) > 0.5 + kChangeMargin) {
         const int nearest = Nearest(pitch);
         TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
         const double factor = settled && std::abs(std::abs(candidate_ - note_) - 12) <= 1 ? kOctaveFactor : 1.0;
@@ -264,9 +258,6 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
         // Only a frame that belongs to the note moves its pitch (the bend, the continuity of
         // the analysis, the period to cancel).
         soundingFrequency_ = f.frequency;
-        if (!f.fromResidual && replacedFrequency_ <= 0.0) {
-            centre_ += FollowWeight(f.samples, kCentreSeconds, s.sampleRate) * (pitch - centre_);
-        }
         ClearCandidate();
     }
     WriteBendAndExpression(s, f, pitch, out);
@@ -406,7 +397,6 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
     releasedNote_ = -1;
     sounding_ = true;
     note_ = note;
-    centre_ = note;
     noteSamples_ = 0;
     gapSamples_ = 0;
     interrupted_ = false;

@@ -95,7 +95,6 @@ private:
     double candidateHigh_ = 0.0;
     double quickPitch_ = 0.0;
     double slowPitch_ = 0.0;
-    double centre_ = 0.0; // where the sounding note is sung, in fractional note numbers
     uint32_t followedSamples_ = 0; // since the pitch followers last started afresh
     double noteClarity_ = 0.0;
     double clarityDeviation_ = 0.0; // mean distance of the periodicity from noteClarity_

@@ -63,22 +63,6 @@ TEST(PreciseTracking, VibratoOfFiftyCentsStaysOneNoteAndTheBendFollowsIt) {
     }
 }
 
-// A singer 40 cents off the note with a vibrato of +-50 cents, grown in over the first 150 ms,
-// swings 90 cents away from it, well into the neighbour's span, and back: that is one note. A
-// step of a semitone to the next note, sung as far off, is still a new note. (A step down that
-// lands in the trough of the vibrato may still pass through the note below: the new note is
-// named by the pitch it has when it is confirmed.)
-TEST(PreciseTracking, AnOffPitchNoteWithVibratoStaysOneNoteAndASemitoneStepStillChangesIt) {
-    for (auto [offset, step] : {std::pair{-0.4, 1}, std::pair{0.4, 1}, std::pair{0.4, -1}}) {
-        const auto sung = [=](double t) {
-            const double depth = 0.5 * std::min(1.0, t / 0.15);
-            return 60 + offset + (t < 0.7 ? 0 : step) + depth * std::sin(2 * std::numbers::pi * 5.5 * t);
-        };
-        const TrackRun run = Track(*MakeTracker(), Padded(Gliding(sung, 1.4, 10000, 0.03)));
-        EXPECT_EQ(run.NoteNumbers(), (std::vector<int>{60, 60 + step})) << offset << " off, step " << step;
-    }
-}
-
 // A weak fundamental under strong even harmonics is the classic trap that makes period
 // trackers jump an octave up; formant-filtered pulses and noise 20 dB below the tone are others.
 TEST(PreciseTracking, HardTimbresGiveOneNoteInTheRightOctave) {
