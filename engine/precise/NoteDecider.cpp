@@ -148,7 +148,8 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
     f.fromResidual = chosen.frequency != frame.frequency;
     const double pitch = f.frequency > 0.0 ? PitchOf(f.frequency, s.refPitch) : 0.0;
     FollowPitch(s, pitch, f.samples);
-    sinceOnset_ = f.level <= StartLevel(s) ? 0 : std::min(sinceOnset_ + f.samples, Samples(kOnsetSeconds, s.sampleRate));
+    const uint32_t onsetSamples = Samples(kOnsetSeconds, s.sampleRate);
+    sinceOnset_ = f.level <= StartLevel(s) ? 0 : std::min(sinceOnset_ + f.samples, onsetSamples);
     if (sounding_) {
         // While a mixture hides what comes next, a frame says nothing about it; but a mixture
         // that lasts is what the input is, and the own estimate counts again.

@@ -269,7 +269,9 @@ TEST(PreciseTracking, ScoopFromSilenceStartsOnlyTheNoteItArrivesAt) {
     };
     for (const Case c : {Case{52, 1.0, 0.08}, Case{57, 1.0, 0.1}, Case{60, 0.8, 0.06}, Case{64, 1.0, 0.08},
                          Case{67, 0.8, 0.1}, Case{70, 1.0, 0.06}}) {
-        const auto scoop = [c](double t) { return c.note - c.depth * std::pow(std::max(0.0, 1.0 - t / c.seconds), 2); };
+        const auto scoop = [c](double t) {
+            return c.note - c.depth * std::pow(std::max(0.0, 1.0 - t / c.seconds), 2);
+        };
         const auto sung = Gliding(scoop, 0.5, 10000, 0.03);
         const TrackRun run = Track(*MakeTracker(), Concat({Silence(0.2), sung, Silence(0.1)}));
         ASSERT_EQ(run.NoteNumbers(), (std::vector<int>{c.note})) << c.depth << " semitones into " << c.note;
