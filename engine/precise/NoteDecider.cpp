@@ -22,10 +22,9 @@ constexpr double kCandidateReach = 0.65;
 // A singer's slide holds each note it passes for a few milliseconds; a scoop or a slide that
 // arrives slows down as it reaches its note, but passes the notes on its way at full speed. A
 // sounding note changes only to a pitch moving slower than this (semitones per second), twice
-// the fastest a vibrato of +-50 cents at 6 Hz ever moves. The speed is the distance between
-// the pitch followed over two spans, which a steady glide keeps at its speed times their
-// difference. A step beyond the candidate's reach from one frame to the next is no glide but
-// a jump (a new note, the other sound of a mixture), from where both follow afresh.
+// the fastest a vibrato of +-50 cents at 6 Hz ever moves, measured between the pitch followed
+// over two spans. A step beyond the candidate's reach from one frame to the next is no glide
+// but a jump (a new note, the other sound of a mixture), from where both follow afresh.
 constexpr double kGlideSpeed = 40.0;
 constexpr double kQuickFollowSeconds = 0.0015;
 constexpr double kSlowFollowSeconds = 0.0045;
@@ -366,19 +365,21 @@ void NoteDecider::FollowPitch(const PreciseSettings& s, double pitch, uint32_t s
     slowPitch_ += FollowWeight(samples, kSlowFollowSeconds, s.sampleRate) * (pitch - slowPitch_);
 }
 
-bool NoteDecider::Glides() const noexcept
+double NoteDecider::PitchSpeed() const noexcept
 {
-    return std::abs(quickPitch_ - slowPitch_) > kGlideSpeed * (kSlowFollowSeconds - kQuickFollowSeconds);
+    return (quickPitch_ - slowPitch_) / (kSlowFollowSeconds - kQuickFollowSeconds);
 }
+
+bool NoteDecider::Glides() const noexcept { return std::abs(PitchSpeed()) > kGlideSpeed; }
 
 bool NoteDecider::Arriving(const PreciseSettings& s, double offset) const noexcept
 {
     if (std::abs(offset) < kScoopZone) {
         return false;
     }
-    const double drift = quickPitch_ - slowPitch_;
+    const double speed = PitchSpeed();
     return followedSamples_ < Samples(kScoopWatchSeconds, s.sampleRate) ||
-           (drift * offset > 0.0 && std::abs(drift) > kScoopSpeed * (kSlowFollowSeconds - kQuickFollowSeconds));
+           (speed * offset > 0.0 && std::abs(speed) > kScoopSpeed);
 }
 
 void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept

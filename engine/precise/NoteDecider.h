@@ -68,6 +68,9 @@ private:
     void TrackCandidate(int nearest, double pitch, uint32_t samples, uint32_t patience) noexcept;
     // The pitch, followed quickly and slowly; the two part while it glides.
     void FollowPitch(const PreciseSettings& s, double pitch, uint32_t samples) noexcept;
+    // How fast the pitch moves (semitones per second, signed): a steady glide keeps the two
+    // followers its speed times the difference of their spans apart.
+    double PitchSpeed() const noexcept;
     bool Glides() const noexcept;
     // Whether the pitch, `offset` semitones from the nearest note, may still be on its way to
     // the next one.

@@ -1,5 +1,7 @@
 #include "PeriodicityAnalyzer.h"
 
+#include "ShiftedWindows.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -216,12 +218,8 @@ void PeriodicityAnalyzer::PushDecimated(int32_t value) noexcept
 PeriodicityAnalyzer::Peak PeriodicityAnalyzer::InterpolatedPeak(const double* n, int lag) const noexcept
 {
     // Parabolic interpolation through the peak and its neighbours.
-    const double a = n[lag - 1];
-    const double b = n[lag];
-    const double c = n[lag + 1];
-    const double curvature = a - 2.0 * b + c;
-    const double shift = curvature < 0.0 ? std::clamp(0.5 * (a - c) / curvature, -0.5, 0.5) : 0.0;
-    return {lag + shift, b - 0.25 * (a - c) * shift};
+    const double shift = PeakShift(n[lag - 1], n[lag], n[lag + 1]);
+    return {lag + shift, n[lag] - 0.25 * (n[lag - 1] - n[lag + 1]) * shift};
 }
 
 bool PeriodicityAnalyzer::Repeats(const DifferenceBank& bank, KeyMaximum& m, const LagRange& range) const noexcept

@@ -70,9 +70,7 @@ double RecentSignal::Refine(double estimate, int steps) const noexcept
             break;
         }
     }
-    const double curvature = below - 2.0 * centre + above;
-    const double shift = curvature < 0.0 ? std::clamp(0.5 * (below - above) / curvature, -0.5, 0.5) : 0.0;
-    return lag + shift;
+    return lag + PeakShift(below, centre, above);
 }
 
 double RecentSignal::BestNear(int lag, uint64_t window) const noexcept

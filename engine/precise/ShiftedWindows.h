@@ -5,6 +5,7 @@
 // Thread contract: pure functions; audio thread safe.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 namespace vocato::precise {
@@ -14,6 +15,14 @@ namespace vocato::precise {
 inline double NormalisedFromSums(double newer, double older, double cross)
 {
     return newer + older > 0.0 ? 2.0 * cross / (newer + older) : 0.0;
+}
+
+// Where the vertex of the parabola through three neighbouring values lies, in samples from the
+// middle one (within half a sample; 0 when the middle one is no maximum).
+inline double PeakShift(double below, double centre, double above)
+{
+    const double curvature = below - 2.0 * centre + above;
+    return curvature < 0.0 ? std::clamp(0.5 * (below - above) / curvature, -0.5, 0.5) : 0.0;
 }
 
 struct ThreeShifts {
