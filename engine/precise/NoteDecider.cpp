@@ -52,6 +52,19 @@ constexpr double kClaritySeconds = 0.03;
 // A sounding note changes when the pitch has been this far beyond the half-semitone border
 // for as long as a note needs to start; vibrato of +-50 cents around the note stays inside.
 constexpr double kChangeMargin = 0.25;
+// Vibrato: while the sounding note's pitch has turned at a peak and at a trough within this
+// long (one cycle of the slowest vibrato, and then some), half a cycle of a vibrato apart (3.3
+// to 12.5 Hz; an ensemble's voices beat faster), it swings around its mean, followed over
+// about half a cycle. A change then needs the pitch the change margin beyond where the swings
+// reach from the mean, and a tenth further, since a vibrato may still be growing; never less
+// than without vibrato. No vibrato swings two semitones: from there on, and for a leap of more
+// than that, a change is judged as always.
+constexpr double kVibratoSeconds = 0.3;
+constexpr double kShortestHalfCycleSeconds = 0.04;
+constexpr double kLongestHalfCycleSeconds = 0.15;
+constexpr double kVibratoMeanSeconds = 0.1;
+constexpr double kVibratoGrowth = 1.1;
+constexpr double kVibratoBeyond = 2.0;
 // Octave jumps are the typical error of period trackers: they must hold twice as long, once
 // the note has settled. Before that, an octave jump is the attack settling: a blown or bowed
 // note may sound the octave above or below for its first periods, and the note follows its
@@ -149,6 +162,14 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
     FollowPitch(s, pitch, f.samples);
     const uint32_t onsetSamples = Samples(kOnsetSeconds, s.sampleRate);
     sinceOnset_ = f.level <= StartLevel(s) ? 0 : std::min(sinceOnset_ + f.samples, onsetSamples);
+    clock_ += f.samples;
+    // The note's own frames only: the input with a note cancelled, or blended with the note
+    // this one replaced, swings for other reasons.
+    if (sounding_ && pitch > 0.0 && !f.fromResidual && replacedFrequency_ <= 0.0) {
+        const double meanWeight = FollowWeight(f.samples, kVibratoMeanSeconds, s.sampleRate);
+        vibrato_.Follow(slowPitch_, clock_, Samples(kSlowFollowSeconds, s.sampleRate), meanWeight,
+                        std::abs(slowPitch_ - note_) <= 0.5, Glides());
+    }
     if (sounding_) {
         // While a mixture hides what comes next, a frame says nothing about it; but a mixture
         // that lasts is what the input is, and the own estimate counts again.
@@ -246,7 +267,7 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
         noteClarity_ += weight * (f.clarity - noteClarity_);
         clarityDeviation_ += weight * (std::abs(f.clarity - noteClarity_) - clarityDeviation_);
     }
-    if (std::abs(pitch - note_) > 0.5 + kChangeMargin) {
+    if (Departs(s, pitch)) {
         const int nearest = Nearest(pitch);
         TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
         const double factor = settled && std::abs(std::abs(candidate_ - note_) - 12) <= 1 ? kOctaveFactor : 1.0;
@@ -372,6 +393,29 @@ double NoteDecider::PitchSpeed() const noexcept
 
 bool NoteDecider::Glides() const noexcept { return std::abs(PitchSpeed()) > kGlideSpeed; }
 
+bool NoteDecider::Swinging(const PreciseSettings& s) const noexcept
+{
+    return vibrato_.Swings(clock_, Samples(kVibratoSeconds, s.sampleRate),
+                           Samples(kShortestHalfCycleSeconds, s.sampleRate),
+                           Samples(kLongestHalfCycleSeconds, s.sampleRate));
+}
+
+bool NoteDecider::Departs(const PreciseSettings& s, double pitch) const noexcept
+{
+    const double fromNote = std::abs(pitch - note_);
+    const double fromMean = std::abs(pitch - vibrato_.Mean());
+    if (!Swinging(s) || fromMean >= kVibratoBeyond) {
+        return fromNote > 0.5 + kChangeMargin;
+    }
+    // Back at the note the voice swings around, after a swing that went on to the next note
+    // before the watch knew it for a swing.
+    if (fromNote > 0.5 + kChangeMargin && Nearest(vibrato_.Mean()) != note_ && fromMean <= 0.5) {
+        return true;
+    }
+    const double beyondSwings = kVibratoGrowth * vibrato_.Reach() + kChangeMargin;
+    return fromNote > 0.5 && fromMean > std::max(0.5 + kChangeMargin, beyondSwings);
+}
+
 bool NoteDecider::Arriving(const PreciseSettings& s, double offset) const noexcept
 {
     if (std::abs(offset) < kScoopZone) {
@@ -384,6 +428,13 @@ bool NoteDecider::Arriving(const PreciseSettings& s, double offset) const noexce
 
 void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, int note, WFETMidiOut* out) noexcept
 {
+    // A voice that steps beyond its swings swings on around the new note. A swing's excursion,
+    // and the return from one, keep the watch as it is.
+    if (sounding_ && Swinging(s) && note != Nearest(vibrato_.Mean())) {
+        vibrato_.Move(note - note_);
+    } else if (!sounding_ || std::abs(note - note_) > kVibratoBeyond) {
+        vibrato_.Reset();
+    }
     // A note started while another still rings replaces it; that one is cancelled until the
     // new note dominates.
     replacedFrequency_ =

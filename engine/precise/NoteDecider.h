@@ -5,7 +5,8 @@
 // clearly periodic, loud enough and has kept the same nearest note for a short confirmation
 // time; it continues while the periodicity and level stay above lower thresholds; it changes
 // only when the pitch has left the sounding note by more than half a semitone plus a margin
-// for a confirmation time (longer for an octave, the typical tracking error); it ends after a
+// (while it swings like a vibrato, beyond where the swings reach, VibratoWatch.h) for a
+// confirmation time (longer for an octave, the typical tracking error); it ends after a
 // short unvoiced gap, not on one bad frame, or on a release; and a new attack or a break in
 // the periodicity re-strikes it. While a released note rings on into the next one, the
 // decision follows the analysis of the input with that note cancelled (MixtureChoice.h).
@@ -14,6 +15,7 @@
 #pragma once
 
 #include "PreciseSettings.h"
+#include "VibratoWatch.h"
 #include "WFET.h"
 
 #include <cstdint>
@@ -72,6 +74,10 @@ private:
     // followers its speed times the difference of their spans apart.
     double PitchSpeed() const noexcept;
     bool Glides() const noexcept;
+    // Whether the sounding note's pitch swings like a vibrato (VibratoWatch.h).
+    bool Swinging(const PreciseSettings& s) const noexcept;
+    // Whether `pitch` has left the sounding note for another one.
+    bool Departs(const PreciseSettings& s, double pitch) const noexcept;
     // Whether the pitch, `offset` semitones from the nearest note, may still be on its way to
     // the next one.
     bool Arriving(const PreciseSettings& s, double offset) const noexcept;
@@ -109,6 +115,8 @@ private:
     uint32_t ringSamples_ = 0;       // since the last note started or ended
     uint32_t hiddenSamples_ = 0;     // of frames in a row that a mixture hid
     uint32_t sinceOnset_ = 0;        // since the level was last at or below the start level
+    uint64_t clock_ = 0;             // samples decided on so far
+    VibratoWatch vibrato_;
     // The lowest power left with the note `tailFrequency_` cancelled since the analysis began
     // to cancel it: the tail of the note before that one, while it still rings.
     double tailFloor_ = 0.0;

@@ -63,6 +63,30 @@ TEST(PreciseTracking, VibratoOfFiftyCentsStaysOneNoteAndTheBendFollowsIt) {
     }
 }
 
+// A singer's vibrato, grown in over the first 150 ms, swings the pitch into the neighbour's
+// span and back when it is wide (+-80 cents) or centred off the note (40 cents sharp, +-50
+// cents): that is one note. A step of a semitone, the vibrato going on, is still a new note.
+// (A vibrato whose first wide swing comes before it has turned both ways may still change note
+// on that swing.)
+TEST(PreciseTracking, WideOrOffPitchVibratoStaysOneNoteAndASemitoneStepStillChangesIt) {
+    struct Case {
+        double offset, depth;
+        int step;
+    };
+    for (const Case c : {Case{0, 0.8, 0}, Case{0, 0.8, 1}, Case{0, 0.8, -1}, Case{0.4, 0.5, 0}}) {
+        for (int note : {48, 60, 69}) {
+            const auto sung = [=](double t) {
+                const double depth = c.depth * std::min(1.0, t / 0.15);
+                return note + c.offset + (t < 0.8 ? 0 : c.step) + depth * std::sin(2 * std::numbers::pi * 5.5 * t);
+            };
+            const TrackRun run = Track(*MakeTracker(), Padded(Gliding(sung, 1.6, 10000, 0.03)));
+            const auto sungNotes = c.step == 0 ? std::vector<int>{note} : std::vector<int>{note, note + c.step};
+            EXPECT_EQ(run.NoteNumbers(), sungNotes)
+                << note << ", " << c.offset << " off, +-" << c.depth << ", step " << c.step;
+        }
+    }
+}
+
 // A weak fundamental under strong even harmonics is the classic trap that makes period
 // trackers jump an octave up; formant-filtered pulses and noise 20 dB below the tone are others.
 TEST(PreciseTracking, HardTimbresGiveOneNoteInTheRightOctave) {
