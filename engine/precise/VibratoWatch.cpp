@@ -6,7 +6,7 @@
 namespace vocato::precise {
 namespace {
 
-// A turn counts once the pitch has come back this far (semitones) from its extreme, so the
+// A turn is seen once the pitch has come back this far (semitones) from its extreme, so the
 // jitter of a held pitch turns nothing.
 constexpr double kTurn = 0.05;
 // No vibrato moves the pitch this far (semitones) from one frame to the next: that is a jump
