@@ -65,6 +65,12 @@ constexpr double kLongestHalfCycleSeconds = 0.15;
 constexpr double kVibratoMeanSeconds = 0.1;
 constexpr double kVibratoGrowth = 1.1;
 constexpr double kVibratoBeyond = 2.0;
+// A vibrato's pitch never rests: it slows below this speed (semitones per second) only for a
+// few milliseconds at each turn (4-7 ms for +-50 to +-80 cents at 5-6 Hz). A pitch that has
+// rested this long sits on a note, a trill's other note or a step's, and a change is judged
+// as always.
+constexpr double kRestingSpeed = 3.0;
+constexpr double kRestingSeconds = 0.012;
 // Octave jumps are the typical error of period trackers: they must hold twice as long, once
 // the note has settled. Before that, an octave jump is the attack settling: a blown or bowed
 // note may sound the octave above or below for its first periods, and the note follows its
@@ -160,6 +166,7 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
     f.fromResidual = chosen.frequency != frame.frequency;
     const double pitch = f.frequency > 0.0 ? PitchOf(f.frequency, s.refPitch) : 0.0;
     FollowPitch(s, pitch, f.samples);
+    restingSamples_ = pitch > 0.0 && std::abs(PitchSpeed()) < kRestingSpeed ? restingSamples_ + f.samples : 0;
     const uint32_t onsetSamples = Samples(kOnsetSeconds, s.sampleRate);
     sinceOnset_ = f.level <= StartLevel(s) ? 0 : std::min(sinceOnset_ + f.samples, onsetSamples);
     clock_ += f.samples;
@@ -404,7 +411,8 @@ bool NoteDecider::Departs(const PreciseSettings& s, double pitch) const noexcept
 {
     const double fromNote = std::abs(pitch - note_);
     const double fromMean = std::abs(pitch - vibrato_.Mean());
-    if (!Swinging(s) || fromMean >= kVibratoBeyond) {
+    const bool resting = restingSamples_ >= Samples(kRestingSeconds, s.sampleRate);
+    if (!Swinging(s) || fromMean >= kVibratoBeyond || resting) {
         return fromNote > 0.5 + kChangeMargin;
     }
     // Back at the note the voice swings around, after a swing that went on to the next note

@@ -116,6 +116,7 @@ private:
     uint32_t hiddenSamples_ = 0;     // of frames in a row that a mixture hid
     uint32_t sinceOnset_ = 0;        // since the level was last at or below the start level
     uint64_t clock_ = 0;             // samples decided on so far
+    uint32_t restingSamples_ = 0;    // of frames in a row whose pitch hardly moved
     VibratoWatch vibrato_;
     // The lowest power left with the note `tailFrequency_` cancelled since the analysis began
     // to cancel it: the tail of the note before that one, while it still rings.

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <numeric>
@@ -65,10 +66,11 @@ TEST(PreciseTracking, VibratoOfFiftyCentsStaysOneNoteAndTheBendFollowsIt) {
 
 // A singer's vibrato, grown in over the first 150 ms, swings the pitch into the neighbour's
 // span and back when it is wide (+-80 cents) or centred off the note (40 cents sharp, +-50
-// cents): that is one note. A step of a semitone, the vibrato going on, is still a new note.
-// (A vibrato whose first wide swing comes before it has turned both ways may still change note
-// on that swing.)
-TEST(PreciseTracking, WideOrOffPitchVibratoStaysOneNoteAndASemitoneStepStillChangesIt) {
+// cents): that is one note. A step of a semitone, the vibrato going on, is still a new note,
+// and so is each note of a trill, which swings as often but rests on its notes. (A vibrato
+// whose first wide swing comes before it has turned both ways may still change note on that
+// swing.)
+TEST(PreciseTracking, WideOrOffPitchVibratoStaysOneNoteButStepsAndTrillsChangeIt) {
     struct Case {
         double offset, depth;
         int step;
@@ -85,6 +87,13 @@ TEST(PreciseTracking, WideOrOffPitchVibratoStaysOneNoteAndASemitoneStepStillChan
                 << note << ", " << c.offset << " off, +-" << c.depth << ", step " << c.step;
         }
     }
+    // C4 and C#4 seven times a second each, each reached in 20 ms: 21 notes.
+    const auto trill = [](double t) {
+        const double cycle = std::fmod(7.0 * t, 1.0), ramp = 0.02 * 7.0;
+        return 60.0 + std::clamp(cycle / ramp, 0.0, 1.0) - std::clamp((cycle - 0.5) / ramp, 0.0, 1.0);
+    };
+    const TrackRun run = Track(*MakeTracker(), Padded(Gliding(trill, 1.5, 10000, 0.03)));
+    EXPECT_GE(run.NoteNumbers().size(), 19u);
 }
 
 // A weak fundamental under strong even harmonics is the classic trap that makes period
