@@ -166,7 +166,9 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
     f.fromResidual = chosen.frequency != frame.frequency;
     const double pitch = f.frequency > 0.0 ? PitchOf(f.frequency, s.refPitch) : 0.0;
     FollowPitch(s, pitch, f.samples);
-    restingSamples_ = pitch > 0.0 && std::abs(PitchSpeed()) < kRestingSpeed ? restingSamples_ + f.samples : 0;
+    const uint32_t restingLimit = Samples(kRestingSeconds, s.sampleRate);
+    const bool still = pitch > 0.0 && std::abs(PitchSpeed()) < kRestingSpeed;
+    restingSamples_ = still ? std::min(restingSamples_ + f.samples, restingLimit) : 0;
     const uint32_t onsetSamples = Samples(kOnsetSeconds, s.sampleRate);
     sinceOnset_ = f.level <= StartLevel(s) ? 0 : std::min(sinceOnset_ + f.samples, onsetSamples);
     clock_ += f.samples;
@@ -409,10 +411,14 @@ bool NoteDecider::Swinging(const PreciseSettings& s) const noexcept
 
 bool NoteDecider::Departs(const PreciseSettings& s, double pitch) const noexcept
 {
+    // Within the note's own span nothing departs, and most frames end here.
     const double fromNote = std::abs(pitch - note_);
+    if (fromNote <= 0.5) {
+        return false;
+    }
     const double fromMean = std::abs(pitch - vibrato_.Mean());
     const bool resting = restingSamples_ >= Samples(kRestingSeconds, s.sampleRate);
-    if (!Swinging(s) || fromMean >= kVibratoBeyond || resting) {
+    if (resting || fromMean >= kVibratoBeyond || !Swinging(s)) {
         return fromNote > 0.5 + kChangeMargin;
     }
     // Back at the note the voice swings around, after a swing that went on to the next note
@@ -421,7 +427,7 @@ bool NoteDecider::Departs(const PreciseSettings& s, double pitch) const noexcept
         return true;
     }
     const double beyondSwings = kVibratoGrowth * vibrato_.Reach() + kChangeMargin;
-    return fromNote > 0.5 && fromMean > std::max(0.5 + kChangeMargin, beyondSwings);
+    return fromMean > std::max(0.5 + kChangeMargin, beyondSwings);
 }
 
 bool NoteDecider::Arriving(const PreciseSettings& s, double offset) const noexcept
