@@ -113,15 +113,16 @@ constexpr double kSameNote = 0.75;
 constexpr double kUnclearMarginDb = 40.0;
 // The start level keeps quiet sounds (bleed, a neighbour's instrument, the room) from starting
 // notes beside a performance. Quiet only means something next to the performance's own level:
-// a sound this far (20 dB) below the loudest clearly periodic sound heard lately is quiet, and
-// a performance that is quiet as a whole (a distant microphone, a low input gain) still starts
-// notes, down to a little (3 dB) above the hold level, the floor of every start.
+// a sound this far (20 dB) below the loudest clearly periodic sound heard lately is quiet. A
+// performance that is quiet as a whole (a distant microphone, a low input gain) starts notes
+// as early in their swell as a loud one does, once it has shown itself a little (3 dB) above
+// the hold level; until then that is the floor of every start, so a quiet background, which
+// never reaches it, starts nothing.
 constexpr double kQuietRatio = 0.1;
 const double kStartAboveHold = std::sqrt(2.0);
 // Once started, a note of a quiet performance keeps sounding while it stays that far above the
 // performance's quiet level (3 dB under it), whatever the hold level says: its soft passages
-// are as soft as everyone's, only further down. The hold level gives way by up to 20 dB; no
-// note starts below it, so a quiet background still starts nothing.
+// are as soft as everyone's, only further down. The hold level gives way by up to 20 dB.
 constexpr double kHoldGiveWay = 0.1;
 // How fast the memory of a loud passage fades, so a quiet passage long after it is heard again.
 constexpr double kLoudestFallDbPerSecond = 3.0;
@@ -295,7 +296,8 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
 
 double NoteDecider::StartLevel(const PreciseSettings& s) const noexcept
 {
-    return std::min(s.startLevel, std::max(s.holdLevel * kStartAboveHold, kQuietRatio * loudest_));
+    const double floor = s.holdLevel * kStartAboveHold;
+    return std::min(s.startLevel, loudest_ > floor ? kQuietRatio * loudest_ : floor);
 }
 
 double NoteDecider::HoldLevel(const PreciseSettings& s) const noexcept
@@ -472,7 +474,9 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
     noteClarity_ = f.fromResidual ? kStartClarity : f.clarity;
     clarityDeviation_ = 0.0;
     out->noteOn = static_cast<int16_t>(note);
-    const int level = LevelValue(s, f.level);
+    // A quiet performance starts notes below the floor of the level scale; velocity 0 would
+    // make their note-on a note-off.
+    const int level = std::max(1, LevelValue(s, f.level));
     switch (s.levelMode) {
     case WFET_LEVEL_VELOCITY:
         out->velocity = static_cast<int16_t>(level);

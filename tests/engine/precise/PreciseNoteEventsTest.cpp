@@ -1,5 +1,5 @@
 // Note events of the precise tracker: re-struck repeated notes, silence and noise, note ends,
-// a quiet performance's soft notes, how soon low notes start, level modes and independence
+// a quiet performance's starts and soft notes, how soon low notes start, level modes and independence
 // from block sizes.
 #include "PreciseTestSupport.h"
 
@@ -77,6 +77,41 @@ TEST(PreciseNoteEvents, NoteEndsSoonAfterTheSoundStopsOrAtItsRelease) {
         ASSERT_EQ(run.NoteNumbers(), std::vector<int>{note});
         EXPECT_GT(run.notes[0].offFrame * 16 / 44100.0, earliest) << note;
         EXPECT_LT(run.notes[0].offFrame * 16 / 44100.0, latest) << note;
+    }
+}
+
+// Notes that swell from 40 dB down to their peak in 80 ms, as bowed strings and voices do,
+// 100 ms apart.
+std::vector<int16_t> SwellingPhrase(double peakDb) {
+    std::vector<int16_t> phrase;
+    for (int note : {57, 60, 62, 64, 60}) {
+        std::vector<int16_t> n = Harmonic(note, 0.4, peakDb);
+        for (size_t k = 0; k < n.size(); ++k) {
+            const double swellDb = std::min(0.0, -40.0 + 40.0 * k / (0.08 * 44100));
+            n[k] = Saturate(n[k] * std::pow(10.0, swellDb / 20.0) * std::min(1.0, (n.size() - k) / 441.0));
+        }
+        phrase.insert(phrase.end(), n.begin(), n.end());
+        phrase.resize(phrase.size() + static_cast<size_t>(0.1 * 44100), 0);
+    }
+    return phrase;
+}
+
+TEST(PreciseNoteEvents, AQuietPerformanceStartsItsNotesAsEarlyAsALoudOne) {
+    // At -30 dBFS the notes peak just 3 dB over the floor of the start level (-33 dB). Once the
+    // first has shown the performance, the others start as far down their swell as at -6 dBFS,
+    // and in the level mode whose scale begins at the hold level they still start at velocity 1.
+    const TrackRun loud = Track(*MakeTracker(), SwellingPhrase(-6));
+    for (double levelMode : {WFET_LEVEL_EXPRESSION, WFET_LEVEL_RELATIVE}) {
+        const TrackRun quiet = Track(*MakeTracker({.levelMode = levelMode}), SwellingPhrase(-30));
+        ASSERT_EQ(quiet.NoteNumbers(), (std::vector<int>{57, 60, 62, 64, 60}));
+        ASSERT_EQ(loud.NoteNumbers(), quiet.NoteNumbers());
+        for (size_t i = 1; i < quiet.notes.size(); ++i) {
+            EXPECT_NEAR(static_cast<double>(quiet.notes[i].onFrame), static_cast<double>(loud.notes[i].onFrame), 8.0)
+                << i;
+        }
+        for (const WFETMidiOut& out : quiet.outputs) {
+            EXPECT_TRUE(out.noteOn < 0 || out.velocity >= 1);
+        }
     }
 }
 
