@@ -115,11 +115,13 @@ constexpr double kUnclearMarginDb = 40.0;
 // notes beside a performance. Quiet only means something next to the performance's own level:
 // a sound this far (20 dB) below the loudest clearly periodic sound heard lately is quiet. A
 // performance that is quiet as a whole (a distant microphone, a low input gain) starts notes
-// as early in their swell as a loud one does, once it has shown itself a little (3 dB) above
-// the hold level; until then that is the floor of every start, so a quiet background, which
-// never reaches it, starts nothing.
+// as early in their swell as a loud one does while it shows itself a little (3 dB) above the
+// hold level, at least every couple of seconds; otherwise that is the floor of every start,
+// so a quiet background, which never reaches it, starts nothing, also once the performance
+// has stopped.
 constexpr double kQuietRatio = 0.1;
 const double kStartAboveHold = std::sqrt(2.0);
+constexpr double kPerformingSeconds = 2.0;
 // Once started, a note of a quiet performance keeps sounding while it stays that far above the
 // performance's quiet level (3 dB under it), whatever the hold level says: its soft passages
 // are as soft as everyone's, only further down. The hold level gives way by up to 20 dB.
@@ -296,8 +298,9 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
 
 double NoteDecider::StartLevel(const PreciseSettings& s) const noexcept
 {
-    const double floor = s.holdLevel * kStartAboveHold;
-    return std::min(s.startLevel, loudest_ > floor ? kQuietRatio * loudest_ : floor);
+    const bool performing = sinceAboveFloor_ < Samples(kPerformingSeconds, s.sampleRate);
+    const double floor = performing ? 0.0 : s.holdLevel * kStartAboveHold;
+    return std::min(s.startLevel, std::max(floor, kQuietRatio * loudest_));
 }
 
 double NoteDecider::HoldLevel(const PreciseSettings& s) const noexcept
@@ -310,6 +313,8 @@ void NoteDecider::FollowLoudest(const PreciseSettings& s, const FrameFeatures& f
     const double fall = std::pow(10.0, -kLoudestFallDbPerSecond * frame.samples / s.sampleRate / 20.0);
     const bool periodic = frame.frequency > 0.0 && frame.clarity >= kStartClarity;
     loudest_ = std::max(periodic ? frame.level : 0.0, loudest_ * fall);
+    const bool aboveFloor = periodic && frame.level > s.holdLevel * kStartAboveHold;
+    sinceAboveFloor_ = aboveFloor ? 0 : std::min(sinceAboveFloor_, Samples(kPerformingSeconds, s.sampleRate)) + frame.samples;
 }
 
 double NoteDecider::LevelMarginDb() const noexcept

@@ -19,6 +19,7 @@
 #include "WFET.h"
 
 #include <cstdint>
+#include <limits>
 
 namespace vocato::precise {
 
@@ -123,6 +124,8 @@ private:
     double tailFloor_ = 0.0;
     double tailFrequency_ = 0.0;
     double loudest_ = 0.0; // peak level of the clearly periodic input lately, 16-bit scale
+    // Since that input was last above the floor of every start; never, to begin with.
+    uint32_t sinceAboveFloor_ = std::numeric_limits<uint32_t>::max();
 };
 
 } // namespace vocato::precise

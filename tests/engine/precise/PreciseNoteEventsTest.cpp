@@ -113,6 +113,10 @@ TEST(PreciseNoteEvents, AQuietPerformanceStartsItsNotesAsEarlyAsALoudOne) {
             EXPECT_TRUE(out.noteOn < 0 || out.velocity >= 1);
         }
     }
+    // Two seconds after it stopped, while its memory has faded by only 7 dB, a tone under the
+    // hold level is background again.
+    const auto thenBackground = Concat({SwellingPhrase(-20), Silence(2.1), Harmonic(57, 0.5, -40)});
+    EXPECT_EQ(Track(*MakeTracker(), thenBackground).NoteNumbers(), (std::vector<int>{57, 60, 62, 64, 60}));
 }
 
 TEST(PreciseNoteEvents, AQuietPerformanceKeepsItsSoftEndingUnderTheHoldLevel) {
