@@ -314,7 +314,8 @@ void NoteDecider::FollowLoudest(const PreciseSettings& s, const FrameFeatures& f
     const bool periodic = frame.frequency > 0.0 && frame.clarity >= kStartClarity;
     loudest_ = std::max(periodic ? frame.level : 0.0, loudest_ * fall);
     const bool aboveFloor = periodic && frame.level > s.holdLevel * kStartAboveHold;
-    sinceAboveFloor_ = aboveFloor ? 0 : std::min(sinceAboveFloor_, Samples(kPerformingSeconds, s.sampleRate)) + frame.samples;
+    const uint32_t window = Samples(kPerformingSeconds, s.sampleRate);
+    sinceAboveFloor_ = aboveFloor ? 0 : std::min(sinceAboveFloor_, window) + frame.samples;
 }
 
 double NoteDecider::LevelMarginDb() const noexcept

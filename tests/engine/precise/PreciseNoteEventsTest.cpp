@@ -1,6 +1,6 @@
 // Note events of the precise tracker: re-struck repeated notes, silence and noise, note ends,
-// a quiet performance's starts and soft notes, how soon low notes start, level modes and independence
-// from block sizes.
+// a quiet performance's starts and soft notes, how soon low notes start, level modes and
+// independence from block sizes.
 #include "PreciseTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -106,8 +106,8 @@ TEST(PreciseNoteEvents, AQuietPerformanceStartsItsNotesAsEarlyAsALoudOne) {
         ASSERT_EQ(quiet.NoteNumbers(), (std::vector<int>{57, 60, 62, 64, 60}));
         ASSERT_EQ(loud.NoteNumbers(), quiet.NoteNumbers());
         for (size_t i = 1; i < quiet.notes.size(); ++i) {
-            EXPECT_NEAR(static_cast<double>(quiet.notes[i].onFrame), static_cast<double>(loud.notes[i].onFrame), 8.0)
-                << i;
+            const auto quietOn = static_cast<double>(quiet.notes[i].onFrame);
+            EXPECT_NEAR(quietOn, static_cast<double>(loud.notes[i].onFrame), 8.0) << i;
         }
         for (const WFETMidiOut& out : quiet.outputs) {
             EXPECT_TRUE(out.noteOn < 0 || out.velocity >= 1);
