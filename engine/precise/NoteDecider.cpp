@@ -140,6 +140,9 @@ bool SameNote(double a, double b) { return std::abs(12.0 * std::log2(a / b)) < k
 
 uint32_t Samples(double seconds, double rate) { return static_cast<uint32_t>(seconds * rate); }
 
+// The floor of every start, and what a performance must reach to lower it.
+double StartFloor(const PreciseSettings& s) { return s.holdLevel * kStartAboveHold; }
+
 // How far a value followed over `seconds` moves towards a frame of `samples`.
 double FollowWeight(uint32_t samples, double seconds, double rate) { return std::min(1.0, samples / (seconds * rate)); }
 
@@ -299,7 +302,7 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
 double NoteDecider::StartLevel(const PreciseSettings& s) const noexcept
 {
     const bool performing = sinceAboveFloor_ < Samples(kPerformingSeconds, s.sampleRate);
-    const double floor = performing ? 0.0 : s.holdLevel * kStartAboveHold;
+    const double floor = performing ? 0.0 : StartFloor(s);
     return std::min(s.startLevel, std::max(floor, kQuietRatio * loudest_));
 }
 
@@ -313,7 +316,7 @@ void NoteDecider::FollowLoudest(const PreciseSettings& s, const FrameFeatures& f
     const double fall = std::pow(10.0, -kLoudestFallDbPerSecond * frame.samples / s.sampleRate / 20.0);
     const bool periodic = frame.frequency > 0.0 && frame.clarity >= kStartClarity;
     loudest_ = std::max(periodic ? frame.level : 0.0, loudest_ * fall);
-    const bool aboveFloor = periodic && frame.level > s.holdLevel * kStartAboveHold;
+    const bool aboveFloor = periodic && frame.level > StartFloor(s);
     const uint32_t window = Samples(kPerformingSeconds, s.sampleRate);
     sinceAboveFloor_ = aboveFloor ? 0 : std::min(sinceAboveFloor_, window) + frame.samples;
 }
