@@ -18,9 +18,7 @@ TEST(EngineAllocation, TenSecondsOfAudioAllocateNothingAfterCreation) {
     signal.insert(signal.end(), second.begin(), second.end());
 
     vocato::test::StartCountingAllocations();
-    EnginePtr s = NewEngine();
-    ASSERT_NE(s, nullptr);
-    ConfigureVoice(s.get());
+    EnginePtr s = VoiceEngine();
     EXPECT_GT(vocato::test::StopCountingAllocations(), 0u) << "the counter does not see allocations";
 
     WFETMidiOut out{};

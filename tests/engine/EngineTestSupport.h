@@ -19,18 +19,20 @@ using EnginePtr = std::unique_ptr<WFETState, EngineDeleter>;
 
 inline EnginePtr NewEngine() { return EnginePtr(WFETBegProcess()); }
 
-// The values and the order in which the converter feeds a fresh engine for a voice.
-inline void ConfigureVoice(WFETState* s, double minNote = 36, double maxNote = 72) {
+// A fresh engine fed the values, in the order, the converter feeds one for a voice.
+inline EnginePtr VoiceEngine() {
+    EnginePtr s = NewEngine();
     const std::pair<int16_t, double> steps[] = {
-        {WFET_SAMPLE_RATE, 44100}, {WFET_FILTER_SPAN, 1.0f},    {WFET_MAX_NOTE, maxNote},
-        {WFET_MIN_NOTE, minNote},  {WFET_BEND_RANGE, 4},        {WFET_START_LEVEL_DB, -24},
+        {WFET_SAMPLE_RATE, 44100}, {WFET_FILTER_SPAN, 1.0f},    {WFET_MAX_NOTE, 72},
+        {WFET_MIN_NOTE, 36},       {WFET_BEND_RANGE, 4},        {WFET_START_LEVEL_DB, -24},
         {WFET_HOLD_LEVEL_DB, -36}, {WFET_START_DISTANCE, 0.1f}, {WFET_HOLD_DISTANCE, 0.3f},
         {WFET_LAG_WEIGHT, 0.1f},   {WFET_START_PERIODS, 2},     {WFET_HOLD_PERIODS, 2},
         {WFET_CONTINUITY, 0.1f},   {WFET_MEDIAN, 0},            {WFET_CONFIRM, 0},
         {WFET_LEVEL_CEIL_DB, -6},  {WFET_LEVEL_MODE, 2}};
     for (auto [code, value] : steps) {
-        WFETSet(s, code, value);
+        WFETSet(s.get(), code, value);
     }
+    return s;
 }
 
 inline double NoteFrequency(double note) { return 440.0 * std::pow(2.0, (note - 69) / 12); }
@@ -109,6 +111,10 @@ inline Trace RunEngine(WFETState* s, const std::vector<int16_t>& samples, size_t
         }
     }
     return trace;
+}
+
+inline Trace RunVoice(const std::vector<int16_t>& samples, size_t blockSamples = 16) {
+    return RunEngine(VoiceEngine().get(), samples, blockSamples);
 }
 
 } // namespace enginetest

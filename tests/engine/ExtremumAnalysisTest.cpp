@@ -10,16 +10,20 @@ namespace {
 
 using namespace enginetest;
 
-// Makes both filters pass samples unchanged, so a test controls the filtered signal exactly.
-void MakeFiltersTransparent(WFETState* s) {
+void Feed(WFETState* s, const std::vector<int16_t>& samples) {
+    WFETProcess(s, samples.data(), static_cast<uint32_t>(samples.size() * 2));
+}
+
+// A fresh record fed `samples` through filters that pass them unchanged, so that a test
+// controls the filtered signal exactly.
+EnginePtr FedUnfiltered(const std::vector<int16_t>& samples) {
+    EnginePtr s = NewEngine();
     for (TiaRBiquadFloat* f : {s->lowPass, s->highPass}) {
         f->feed0 = 1;
         f->feed1 = f->feed2 = f->feedback1 = f->feedback2 = 0;
     }
-}
-
-void Feed(WFETState* s, const std::vector<int16_t>& samples) {
-    WFETProcess(s, samples.data(), static_cast<uint32_t>(samples.size() * 2));
+    Feed(s.get(), samples);
+    return s;
 }
 
 // One period of 100 samples of a 441 Hz sine at 44.1 kHz, repeated exactly.
@@ -45,9 +49,7 @@ TEST(ExtremumRing, TurnsOfTheSignalBecomeAlternatingExtrema) {
     EXPECT_EQ(s->extrema[0].swing, 0);
     EXPECT_LT(s->extrema[0].after, 0);
 
-    s = NewEngine();
-    MakeFiltersTransparent(s.get());
-    Feed(s.get(), {5, 3, 3, 1}); // a fall with a level step: minimum, then maximum on the step
+    s = FedUnfiltered({5, 3, 3, 1}); // a fall with a level step: minimum, then maximum on the step
     ASSERT_EQ(s->head, 2u);
     EXPECT_EQ(s->extrema[1].kind, 0);
     EXPECT_EQ(s->extrema[1].swing, 2);
@@ -56,9 +58,7 @@ TEST(ExtremumRing, TurnsOfTheSignalBecomeAlternatingExtrema) {
     EXPECT_EQ(s->extrema[2].before, 3);
     EXPECT_EQ(s->extrema[2].after, 1);
 
-    s = NewEngine();
-    MakeFiltersTransparent(s.get());
-    Feed(s.get(), {1, 2, 2, 3}); // a rise with a level step: nothing
+    s = FedUnfiltered({1, 2, 2, 3}); // a rise with a level step: nothing
     EXPECT_EQ(s->head, 511u);
     const int16_t odd[2] = {100, 200};
     WFETProcess(s.get(), odd, 3); // an odd trailing byte is ignored
@@ -66,8 +66,7 @@ TEST(ExtremumRing, TurnsOfTheSignalBecomeAlternatingExtrema) {
 }
 
 TEST(PitchAnalysis, SilenceFindsNoReferenceAndStaysUnvoiced) {
-    EnginePtr s = NewEngine();
-    ConfigureVoice(s.get());
+    EnginePtr s = VoiceEngine();
     const Trace t = RunEngine(s.get(), std::vector<int16_t>(44100, 0));
     EXPECT_TRUE(t.events.empty());
     EXPECT_EQ(s->distance, kWFETNoDistance);
@@ -81,9 +80,7 @@ TEST(PitchAnalysis, TheSearchExaminesBothPeriodBoundsAndStopsBeyondTheLongest) {
         double expectedPeriod;
     };
     for (const Case c : {Case{100, 801, 100}, Case{25, 100, 100}, Case{101, 801, 200}, Case{25, 99, 0}}) {
-        EnginePtr s = NewEngine();
-        MakeFiltersTransparent(s.get());
-        Feed(s.get(), ExactSine441(20));
+        EnginePtr s = FedUnfiltered(ExactSine441(20));
         s->minPeriod[0] = c.shortest;
         s->maxPeriod[0] = c.longest;
         WFETMidiOut out{};
@@ -99,9 +96,7 @@ TEST(PitchAnalysis, TheSearchExaminesBothPeriodBoundsAndStopsBeyondTheLongest) {
 }
 
 TEST(PitchAnalysis, OnEqualScoresTheNearerCandidateStays) {
-    EnginePtr s = NewEngine();
-    MakeFiltersTransparent(s.get());
-    Feed(s.get(), ExactSine441(20));
+    EnginePtr s = FedUnfiltered(ExactSine441(20));
     // Without a lag penalty an exact repetition scores 0 at lags 100, 200, 300, ...
     s->lagWeight[0] = 0;
     WFETMidiOut out{};
@@ -111,9 +106,7 @@ TEST(PitchAnalysis, OnEqualScoresTheNearerCandidateStays) {
 }
 
 TEST(PitchAnalysis, IdenticalSequencesMergeIntoAlternatingStreamsWithNoTimeDifference) {
-    EnginePtr s = NewEngine();
-    MakeFiltersTransparent(s.get());
-    Feed(s.get(), ExactSine441(20));
+    EnginePtr s = FedUnfiltered(ExactSine441(20));
     WFETForces(s.get());
     const int32_t ref = WFETRef(s.get());
     ASSERT_GE(ref, 0);

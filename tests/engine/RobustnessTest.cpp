@@ -38,8 +38,7 @@ TEST(Robustness, RandomSamplesAndParametersKeepEveryOutputInRange) {
     std::uniform_int_distribution<int> sample(-32768, 32767);
     std::uniform_int_distribution<int> style(0, 3);
     for (int round = 0; round < 40; ++round) {
-        EnginePtr s = NewEngine();
-        ConfigureVoice(s.get());
+        EnginePtr s = VoiceEngine();
         WFETMidiOut out{-1, -1, 0, 8192, 0};
         std::vector<int16_t> chunk(16);
         for (int frame = 0; frame < 3000; ++frame) {

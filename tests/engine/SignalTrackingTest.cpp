@@ -25,11 +25,8 @@ TEST(SignalTracking, ASteadyToneStartsOneNoteOnTheRightPitchWithinAFewCents) {
     for (const auto& [shape, note, levelDb] : cases) {
         SCOPED_TRACE(::testing::Message() << shape.size() << " harmonics from " << shape[0]
                                           << ", note " << note << " at " << levelDb << " dBFS");
-        EnginePtr s = NewEngine();
-        ConfigureVoice(s.get());
         const double f = NoteFrequency(note);
-        const Trace t =
-            RunEngine(s.get(), Render({.frequency = f, .levelDb = levelDb, .harmonics = shape}));
+        const Trace t = RunVoice(Render({.frequency = f, .levelDb = levelDb, .harmonics = shape}));
         std::vector<int16_t> starts;
         for (const Event& e : t.events) {
             if (e.noteOn >= 0) {
@@ -49,32 +46,26 @@ TEST(SignalTracking, ASteadyToneStartsOneNoteOnTheRightPitchWithinAFewCents) {
 // Exact event lists: any change to the analysis or the decision that moves an event by one
 // frame shows up here first.
 TEST(SignalTracking, A441HzToneGivesExactlyOneNoteOnAndANoteOffAfterItStops) {
-    EnginePtr s = NewEngine();
-    ConfigureVoice(s.get());
     std::vector<int16_t> signal = Render({.frequency = 441, .seconds = 0.5});
     ASSERT_EQ(signal.size() / 16, 1378u); // the tone's last frame
     signal.resize(signal.size() + 22050, 0);
     const std::vector<Event> expected = {{15, -1, 69, 127}, {1501, 69, -1, 127}};
-    EXPECT_EQ(RunEngine(s.get(), signal).events, expected);
+    EXPECT_EQ(RunVoice(signal).events, expected);
 }
 
 TEST(SignalTracking, ALeapBeyondTheBendRangeEndsTheNoteAndStartsTheNewOne) {
-    EnginePtr s = NewEngine();
-    ConfigureVoice(s.get());
     std::vector<int16_t> signal = Render({.frequency = NoteFrequency(57), .seconds = 0.5});
     const std::vector<int16_t> high = Render({.frequency = NoteFrequency(64), .seconds = 0.5});
     signal.insert(signal.end(), high.begin(), high.end());
     // The sounding note's search cannot follow a fifth beyond its bend range: the match is
     // lost, the note ends, and the new pitch starts afresh.
     const std::vector<Event> expected = {{34, -1, 57, 127}, {1397, 57, -1, 127}, {1406, -1, 64, 127}};
-    EXPECT_EQ(RunEngine(s.get(), signal).events, expected);
+    EXPECT_EQ(RunVoice(signal).events, expected);
 }
 
 TEST(SignalTracking, VibratoWithinTheBendRangeStaysOneNoteAndMovesTheBend) {
-    EnginePtr s = NewEngine();
-    ConfigureVoice(s.get());
-    const Trace t = RunEngine(s.get(), Render({.frequency = NoteFrequency(60), .seconds = 1.5,
-                                         .harmonics = {1.0, 0.4}, .vibratoCents = 50}));
+    const Trace t = RunVoice(Render({.frequency = NoteFrequency(60), .seconds = 1.5,
+                                     .harmonics = {1.0, 0.4}, .vibratoCents = 50}));
     int ons = 0;
     for (const Event& e : t.events) {
         ons += e.noteOn >= 0 ? 1 : 0;
@@ -92,27 +83,21 @@ TEST(SignalTracking, VibratoWithinTheBendRangeStaysOneNoteAndMovesTheBend) {
 }
 
 TEST(SignalTracking, WhiteNoiseBelowTheStartLevelStartsNothing) {
-    EnginePtr s = NewEngine();
-    ConfigureVoice(s.get());
     std::mt19937 rng(7);
     std::normal_distribution<double> noise(0, 300); // about -40 dBFS rms, below -24 dB
     std::vector<int16_t> signal(44100 * 2);
     for (int16_t& v : signal) {
         v = static_cast<int16_t>(std::clamp(noise(rng), -32768.0, 32767.0));
     }
-    EXPECT_TRUE(RunEngine(s.get(), signal).events.empty());
+    EXPECT_TRUE(RunVoice(signal).events.empty());
 }
 
 TEST(SignalTracking, OutputIsIdenticalForEveryBufferSizeThatIsAMultipleOf16) {
     const std::vector<int16_t> signal = Render({.frequency = 196, .seconds = 1.0, .harmonics = {1.0, 0.5, 0.25},
                                                 .vibratoCents = 30});
-    EnginePtr reference = NewEngine();
-    ConfigureVoice(reference.get());
-    const Trace expected = RunEngine(reference.get(), signal, 16);
+    const Trace expected = RunVoice(signal, 16);
     for (size_t block : {32u, 128u, 1024u, 4096u, 44096u}) {
-        EnginePtr s = NewEngine();
-        ConfigureVoice(s.get());
-        const Trace t = RunEngine(s.get(), signal, block);
+        const Trace t = RunVoice(signal, block);
         ASSERT_EQ(t.events, expected.events) << block;
         ASSERT_EQ(t.frequencies, expected.frequencies) << block;
     }
