@@ -9,8 +9,8 @@
 namespace vocato::test {
 namespace {
 
-jack_client_t* OpenClient(const std::string& name) {
-    return jack_client_open(name.c_str(), JackNoStartServer, nullptr);
+ClientHandle OpenClient(const std::string& name) {
+    return ClientHandle(jack_client_open(name.c_str(), JackNoStartServer, nullptr));
 }
 
 } // namespace
@@ -21,19 +21,13 @@ PlayerClient::PlayerClient(const std::string& name, std::vector<float> signal)
     if (client_ == nullptr) {
         return;
     }
-    out_ = jack_port_register(client_, "out", JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput, 0);
-    jack_set_process_callback(client_, &PlayerClient::Process, this);
-    jack_activate(client_);
-}
-
-PlayerClient::~PlayerClient() {
-    if (client_ != nullptr) {
-        jack_client_close(client_);
-    }
+    out_ = jack_port_register(client_.get(), "out", JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput, 0);
+    jack_set_process_callback(client_.get(), &PlayerClient::Process, this);
+    jack_activate(client_.get());
 }
 
 bool PlayerClient::ConnectTo(const std::string& port) {
-    return jack_connect(client_, jack_port_name(out_), port.c_str()) == 0;
+    return jack_connect(client_.get(), jack_port_name(out_), port.c_str()) == 0;
 }
 
 int PlayerClient::Process(jack_nframes_t frames, void* arg) {
@@ -44,7 +38,7 @@ int PlayerClient::Process(jack_nframes_t frames, void* arg) {
         return 0;
     }
     if (self->start_.load() < 0) {
-        self->start_.store(jack_last_frame_time(self->client_));
+        self->start_.store(jack_last_frame_time(self->client_.get()));
     }
     const size_t n = std::min<size_t>(frames, self->signal_.size() - self->position_);
     std::copy_n(self->signal_.begin() + static_cast<std::ptrdiff_t>(self->position_), n, out);
@@ -59,20 +53,14 @@ RecorderClient::RecorderClient(const std::string& name, size_t audioFrames)
     if (client_ == nullptr) {
         return;
     }
-    midiIn_ = jack_port_register(client_, "midi_in", JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
-    audioIn_ = jack_port_register(client_, "audio_in", JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput, 0);
-    jack_set_process_callback(client_, &RecorderClient::Process, this);
-    jack_activate(client_);
-}
-
-RecorderClient::~RecorderClient() {
-    if (client_ != nullptr) {
-        jack_client_close(client_);
-    }
+    midiIn_ = jack_port_register(client_.get(), "midi_in", JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
+    audioIn_ = jack_port_register(client_.get(), "audio_in", JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput, 0);
+    jack_set_process_callback(client_.get(), &RecorderClient::Process, this);
+    jack_activate(client_.get());
 }
 
 bool RecorderClient::Connect(const std::string& from, const std::string& to) {
-    return jack_connect(client_, from.c_str(), to.c_str()) == 0;
+    return jack_connect(client_.get(), from.c_str(), to.c_str()) == 0;
 }
 
 std::vector<RecordedEvent> RecorderClient::Events() const {
@@ -85,7 +73,7 @@ std::vector<float> RecorderClient::Audio() const {
 
 int RecorderClient::Process(jack_nframes_t frames, void* arg) {
     auto* self = static_cast<RecorderClient*>(arg);
-    const int64_t now = jack_last_frame_time(self->client_);
+    const int64_t now = jack_last_frame_time(self->client_.get());
     void* midi = jack_port_get_buffer(self->midiIn_, frames);
     size_t stored = self->eventCount_.load();
     jack_midi_event_t event;

@@ -7,15 +7,22 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace vocato::test {
 
+struct ClientCloser {
+    void operator()(jack_client_t* client) const { jack_client_close(client); }
+};
+// Declared last in each client, so that it closes, and its process callback stops, before the
+// buffers that callback uses are freed.
+using ClientHandle = std::unique_ptr<jack_client_t, ClientCloser>;
+
 class PlayerClient {
 public:
     PlayerClient(const std::string& name, std::vector<float> signal);
-    ~PlayerClient();
     bool Ok() const { return client_ != nullptr; }
     bool ConnectTo(const std::string& port);
     // The signal starts at the next cycle.
@@ -26,13 +33,13 @@ public:
 
 private:
     static int Process(jack_nframes_t frames, void* self);
-    jack_client_t* client_ = nullptr;
     jack_port_t* out_ = nullptr;
     std::vector<float> signal_;
     size_t position_ = 0;
     std::atomic<bool> playing_{false};
     std::atomic<bool> done_{false};
     std::atomic<int64_t> start_{-1};
+    ClientHandle client_;
 };
 
 struct RecordedEvent {
@@ -45,7 +52,6 @@ struct RecordedEvent {
 class RecorderClient {
 public:
     RecorderClient(const std::string& name, size_t audioFrames);
-    ~RecorderClient();
     bool Ok() const { return client_ != nullptr; }
     std::string MidiPort() const { return jack_port_name(midiIn_); }
     std::string AudioPort() const { return jack_port_name(audioIn_); }
@@ -57,7 +63,6 @@ public:
 
 private:
     static int Process(jack_nframes_t frames, void* self);
-    jack_client_t* client_ = nullptr;
     jack_port_t* midiIn_ = nullptr;
     jack_port_t* audioIn_ = nullptr;
     std::vector<RecordedEvent> events_;
@@ -65,6 +70,7 @@ private:
     std::vector<float> audio_;
     std::atomic<size_t> audioCount_{0};
     std::atomic<int64_t> audioStart_{-1};
+    ClientHandle client_;
 };
 
 // Polls `done` every 10 ms for at most `seconds`, calling `tick` in between.
