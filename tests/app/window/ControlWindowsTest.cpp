@@ -22,7 +22,6 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QLabel>
-#include <QMenu>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
@@ -31,19 +30,6 @@
 #include <thread>
 
 namespace vocato::test {
-
-namespace {
-
-QAction* ItemNamed(QMenu* menu, const QString& text) {
-    for (QAction* action : menu->actions()) {
-        if (action->text() == text) {
-            return action;
-        }
-    }
-    return nullptr;
-}
-
-} // namespace
 
 class ConverterControls : public WindowTest {
 protected:
@@ -151,10 +137,10 @@ TEST_F(WindowTest, PreferencesChosenReachTheSettingsFileAndWaitForTheNextStart) 
     HardwarePrefView* view = window->HardwareView();
     view->InternalSynthBox()->click();
     view->ExternalPortBox()->click();
-    ItemNamed(view->ChannelField()->Menu(), "5")->trigger();
+    FindItem(view->ChannelField()->Menu(), "5")->trigger();
     EXPECT_EQ(view->ChannelField()->Chosen(), "5");
     window->MessageReceived(MidiPortMessage("synth:midi_in"));
-    ItemNamed(view->TrackerField()->Menu(), "Classic")->trigger();
+    FindItem(view->TrackerField()->Menu(), "Classic")->trigger();
     window->close();
     Wait(20);
 

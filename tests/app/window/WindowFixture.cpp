@@ -7,6 +7,19 @@
 
 namespace vocato::test {
 
+QAction* FindItem(QMenu* menu, const QString& text) {
+    for (QAction* action : menu->actions()) {
+        if (action->menu() != nullptr) {
+            if (QAction* found = FindItem(action->menu(), text)) {
+                return found;
+            }
+        } else if (action->text() == text) {
+            return action;
+        }
+    }
+    return nullptr;
+}
+
 void WindowTest::SetUp() {
     std::remove((SettingsDirectory() + "/Vocato").c_str());
     prefs = new TPreferences("Vocato");

@@ -10,6 +10,7 @@
 
 #include <QApplication>
 #include <QImage>
+#include <QMenu>
 
 #include <string>
 #include <vector>
@@ -26,6 +27,9 @@ template <class T> std::vector<T*> VisibleWindows() {
     }
     return found;
 }
+
+// The item labelled `text` in `menu` or its submenus; null when there is none.
+QAction* FindItem(QMenu* menu, const QString& text);
 
 class WindowTest : public ::testing::Test {
 protected:

@@ -6,11 +6,9 @@
 #include "InstrumentTables.h"
 #include "Menus.h"
 #include "MidiRecording.h"
-#include "MenuItem.h"
 
 #include <QFileDialog>
 #include <QLineEdit>
-#include <QMenu>
 #include <QMimeData>
 #include <QPainter>
 #include <QTest>
@@ -20,19 +18,6 @@
 namespace vocato::test {
 
 namespace {
-
-MenuItem* FindItem(QMenu* menu, const QString& label) {
-    for (QAction* action : menu->actions()) {
-        if (action->menu() != nullptr) {
-            if (MenuItem* found = FindItem(action->menu(), label)) {
-                return found;
-            }
-        } else if (action->text() == label) {
-            return dynamic_cast<MenuItem*>(action);
-        }
-    }
-    return nullptr;
-}
 
 // A drag that enters the window and is dropped there.
 void Drop(QWidget& window, const QMimeData& data) {
@@ -79,10 +64,10 @@ TEST_F(WindowTest, TheButtonsOpenThePopUpsWhoseChoicesReachTheNodeAndTheSettings
     EXPECT_TRUE(Win().PresetMenu()->isVisible());
     Win().PresetMenu()->close();
 
-    MenuItem* preset = FindItem(Win().PresetMenu(), QString::fromLatin1(kPresetLabels[2]));
+    QAction* preset = FindItem(Win().PresetMenu(), QString::fromLatin1(kPresetLabels[2]));
     ASSERT_NE(preset, nullptr);
     preset->trigger();
-    MenuItem* violin = FindItem(Win().InstrumentMenu(), QStringLiteral("VIOLIN"));
+    QAction* violin = FindItem(Win().InstrumentMenu(), QStringLiteral("VIOLIN"));
     ASSERT_NE(violin, nullptr);
     violin->trigger();
     EXPECT_EQ(Win().PresetValue(), 3);
