@@ -3,13 +3,13 @@
 #include "TestHost.h"
 
 #include "Fixtures.h"
+#include "NodeAccess.h"
 
 #include "Presets.h"
 
 #include <gtest/gtest.h>
 #include <lv2/midi/midi.h>
 
-#include <bit>
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -108,14 +108,7 @@ TEST(PortTable, DefaultsAreWhatAFreshNodeHolds) {
         if (c.parameter == 0 || c.parameter == PARAM_PRESET) {
             continue;
         }
-        SCOPED_TRACE(std::string(c.symbol));
-        int64_t lastChange = 0;
-        uint32_t raw = 0;
-        size_t size = sizeof raw;
-        ASSERT_EQ(node->GetParameterValue(c.parameter, &lastChange, &raw, &size), media::kOk);
-        EXPECT_EQ(c.target == PortTarget::IntParameter ? static_cast<float>(std::bit_cast<int32_t>(raw))
-                                                       : std::bit_cast<float>(raw),
-                  c.defaultValue);
+        EXPECT_EQ(vocato::test::ParameterValue(*node, c.parameter), c.defaultValue) << c.symbol;
     }
     EXPECT_EQ(ControlPortAt(kMedian).defaultValue, NodeOptions{}.median);
     EXPECT_EQ(ControlPortAt(kConfirm).defaultValue, NodeOptions{}.confirm);

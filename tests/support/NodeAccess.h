@@ -5,6 +5,8 @@
 #include "NodeParameters.h"
 #include "VocatoNode.h"
 
+#include <gtest/gtest.h>
+
 #include <bit>
 
 namespace vocato::test {
@@ -27,7 +29,7 @@ inline float ParameterValue(const VocatoNode& node, int32_t id) {
     int64_t when = 0;
     uint32_t raw = 0;
     size_t size = sizeof raw;
-    node.GetParameterValue(id, &when, &raw, &size);
+    EXPECT_EQ(node.GetParameterValue(id, &when, &raw, &size), media::kOk) << id;
     return id == PARAM_PROGRAM || id == PARAM_PRESET ? static_cast<float>(std::bit_cast<int32_t>(raw))
                                                       : std::bit_cast<float>(raw);
 }
