@@ -89,14 +89,6 @@ TEST(MidiSend, TheRecordingOpensWithTheNodesSettingsThenStampsTimeSinceTheMidiCl
     EXPECT_EQ(store->CountEvents(), vocato::kOpeningEvents + 4);
 }
 
-TEST(MidiSend, WithoutAWindowNothingIsRecordedOrShownButTheSynthStillPlays) {
-    NodeRig rig({.window = false});
-    rig.sink.Clear();
-    rig.node->SendNoteOn(1, 60, 99, 0.0);
-    rig.node->SendBendRange(1, 4, 0.0);
-    EXPECT_EQ(rig.sink.sent.size(), 5u);
-}
-
 TEST(CheckSynthFile, OnlyASoundFontThatFailsToLoadIsReportedAndItLeavesASilentSynthesizer) {
     struct RecordedAlert final : vocato::media::Alert {
         void Show(std::string_view title, std::string_view text) override {
