@@ -22,11 +22,11 @@ public:
     void SendTranspose(float semitones) override { sentTranspose.push_back(semitones); }
     bool NodeFile() override {
         ++nodeFileCalls;
-        return fileReadable;
+        return true;
     }
     bool ChangeProducer(Source source) override {
         producerChanges.push_back(source);
-        return source == Source::LiveInput ? liveConnects : fileConnects;
+        return source == Source::LiveInput || fileConnects;
     }
 
     FrontPanelState state;
@@ -36,9 +36,7 @@ public:
     int16_t samples[128] = {};
     std::vector<float> sentTranspose;
     int nodeFileCalls = 0;
-    bool fileReadable = true;
     bool fileConnects = true;
-    bool liveConnects = true;
     std::vector<Source> producerChanges;
 };
 
