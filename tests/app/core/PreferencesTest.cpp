@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
-#include <random>
 #include <sstream>
 
 using namespace vocato;
@@ -165,16 +164,6 @@ TEST_F(PreferencesTest, DamagedFilesGiveTheDefaultsAreKeptAsideAndNeverBreakTheS
         kept << std::ifstream(File().string() + ".damaged", std::ios::binary).rdbuf();
         EXPECT_EQ(kept.str(), content) << "the damaged file was not kept aside";
         EXPECT_EQ(TPreferences("Vocato").Status(), B_OK);
-    }
-    std::mt19937 random(3);
-    for (int i = 0; i < 60; ++i) {
-        std::string content = good;
-        for (int flips = 1 + int(random() % 3); flips > 0; --flips) {
-            content[random() % content.size()] = char(random());
-        }
-        WriteFile(content);
-        TPreferences store("Vocato");
-        EXPECT_TRUE(store.Status() == B_OK || store.IsEmpty());
     }
 }
 
