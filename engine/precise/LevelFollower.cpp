@@ -29,6 +29,9 @@ constexpr double kRoughnessWeight = 3.0;
 // re-arms once the power reaches the ceiling again.
 constexpr double kCeilingFallDbPerSecond = 20.0;
 const double kReleaseRatio = std::pow(10.0, -0.9);
+// What rings on after a release, or after a note broke off in a room, lies 6 dB or more under
+// the ceiling; a note struck again comes back to within that of where it was.
+const double kFadedRatio = std::pow(10.0, -0.6);
 // Rumble and offsets below 20 Hz say nothing about attacks.
 constexpr double kDcCutHz = 20.0;
 // Power below -80 dB full scale is silence, whatever its relative changes.
@@ -81,6 +84,7 @@ LevelFollower::Events LevelFollower::Follow(double power, uint32_t samples, doub
     const double floor = FollowFloor(power, seconds);
     ceilingPower_ = std::max(power, ceilingPower_ * std::pow(10.0, -kCeilingFallDbPerSecond * seconds / 10.0));
     Events events;
+    events.faded = power * margin < kFadedRatio * ceilingPower_;
     if (power < kSilentPower) {
         armed_ = true;
         return events;

@@ -24,6 +24,7 @@ public:
     struct Events {
         bool attack = false;  // on the frame where a new attack is first seen
         bool release = false; // on the frame where a release is first seen
+        bool faded = false;   // while the power lies well under the ceiling, as in a release
     };
 
     // Once per frame, with the power of the latest period, the samples since the last frame

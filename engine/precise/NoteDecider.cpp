@@ -215,6 +215,7 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
     // What rings on after a release is that note's tail, not a new note.
     if (f.attack) {
         releasedNote_ = -1;
+        attackSinceEnd_ = true;
     }
     if (nearest == releasedNote_) {
         return;
@@ -233,7 +234,11 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
         return;
     }
     TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
-    if (candidateSamples_ >= Samples(kConfirmSeconds, s.sampleRate)) {
+    // A note that broke off in a room rings on at its own pitch, sinking; struck again, it
+    // comes back to near its level, or with an attack. Until then it keeps its confirmation,
+    // so that it starts on the frame it is back.
+    const bool ownTail = candidate_ == interruptedNote_ && !f.fromResidual && f.faded && !attackSinceEnd_;
+    if (candidateSamples_ >= Samples(kConfirmSeconds, s.sampleRate) && !ownTail) {
         StartNote(s, f, candidate_, out);
         WriteBendAndExpression(s, f, pitch, out);
     }
@@ -509,6 +514,7 @@ void NoteDecider::EndNote(WFETMidiOut* out, KeepCandidate keep) noexcept
     ringSamples_ = 0;
     out->noteOff = static_cast<int16_t>(note_);
     sounding_ = false;
+    attackSinceEnd_ = false;
     interrupted_ = false;
     gapSamples_ = 0;
     // A note that ends because the next one breaks in or is released into it hands on the

@@ -34,6 +34,7 @@ struct FrameFeatures {
     double level = 0.0;     // peak envelope, 16-bit scale
     bool attack = false;
     bool release = false;
+    bool faded = false;
     uint32_t samples = 0;   // samples this frame covers
 };
 
@@ -93,6 +94,7 @@ private:
     int note_ = 0;
     int interruptedNote_ = -1; // the note an attack or break ended, until another one starts
     int releasedNote_ = -1;    // the note a release ended, until an attack or another note
+    bool attackSinceEnd_ = false; // an attack since the last note ended
     int noteVelocity_ = 0;
     uint32_t noteSamples_ = 0;
     uint32_t gapSamples_ = 0;

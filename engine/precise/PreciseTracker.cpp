@@ -67,6 +67,7 @@ void PreciseTracker::Calc(WFETMidiOut* out) noexcept
         level_.Follow(periodicity_.RecentPower(span), samplesSinceCalc_, decider_.LevelMarginDb());
     frame.attack = events.attack;
     frame.release = events.release;
+    frame.faded = events.faded;
     frame.samples = samplesSinceCalc_;
     samplesSinceCalc_ = 0;
     decider_.Decide(settings_, frame, out);

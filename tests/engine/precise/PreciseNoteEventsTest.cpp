@@ -59,7 +59,7 @@ TEST(PreciseNoteEvents, SilenceNoiseAndQuietTonesBesideAPerformanceStartNothing)
     EXPECT_EQ(Track(*MakeTracker(), besideLoud).NoteNumbers(), std::vector<int>{64});
 }
 
-TEST(PreciseNoteEvents, NoteEndsSoonAfterTheSoundStopsOrAtItsRelease) {
+TEST(PreciseNoteEvents, NoteEndsWhenTheSoundStopsOrIsReleasedAndItsTailStartsNothing) {
     // A release of 200 dB per second (a synthesizer's release, a damped string) stays periodic
     // and above the hold level for a while. A fall of 9 dB below a ceiling that sinks by 20 dB/s
     // takes 50 ms; without the release detector the note would last until the tail fades below
@@ -69,9 +69,19 @@ TEST(PreciseNoteEvents, NoteEndsSoonAfterTheSoundStopsOrAtItsRelease) {
     for (size_t i = release; i < released.size(); ++i) {
         released[i] = Saturate(released[i] * std::pow(10.0, -200.0 * (i - release) / 44100.0 / 20.0));
     }
+    // In a room, a note that stops breaks off: for 5 ms its end and the first reflections blur
+    // the waveform. Its reverberation rings on at its pitch, clearly periodic, 14 dB down 20 ms
+    // later and sinking by 60 dB/s.
+    std::vector<int16_t> tail = Harmonic(67, 0.4);
+    for (size_t i = 0; i < tail.size(); ++i) {
+        const double t = i / 44100.0;
+        const double db = t < 0.02 ? -3.0 - 550.0 * t : -14.0 - 60.0 * (t - 0.02);
+        tail[i] = Saturate(tail[i] * std::pow(10.0, db / 20.0));
+    }
     const std::tuple<std::vector<int16_t>, int, double, double> cases[] = {
         {Concat({PlayedNote(60, 0.5), Silence(0.3)}), 60, 0.48, 0.55},
-        {Concat({released, Silence(0.1)}), 64, 0.42, 0.47}};
+        {Concat({released, Silence(0.1)}), 64, 0.42, 0.47},
+        {Concat({Harmonic(67, 0.3), AddNoise(Silence(0.005), -12), tail, Silence(0.1)}), 67, 0.3, 0.33}};
     for (const auto& [signal, note, earliest, latest] : cases) {
         const TrackRun run = Track(*MakeTracker(), signal);
         ASSERT_EQ(run.NoteNumbers(), std::vector<int>{note});
