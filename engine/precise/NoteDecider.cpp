@@ -71,6 +71,15 @@ constexpr double kVibratoBeyond = 2.0;
 // as always.
 constexpr double kRestingSpeed = 3.0;
 constexpr double kRestingSeconds = 0.012;
+// A wide swing that the watch has not yet seen (the first swings of a vibrato that sets in, or
+// one that grows wider than the swings seen so far) slowly takes the pitch past the border to
+// the neighbouring note without reaching into it or resting there, and comes back. A step to
+// the neighbour lands in it (within a tenth of a semitone), rests where it lands, or leaves
+// faster than any vibrato moves. A pitch that does none of these changes the note only once
+// it has stayed out for as long as a wide, slow swing does: +-90 cents at 4 Hz stays beyond
+// the change margin for 47 ms.
+constexpr double kIntoNote = 0.1;
+constexpr double kSwingOutSeconds = 0.05;
 // Octave jumps are the typical error of period trackers: they must hold twice as long, once
 // the note has settled. Before that, an octave jump is the attack settling: a blown or bowed
 // note may sound the octave above or below for its first periods, and the note follows its
@@ -287,11 +296,18 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
         noteClarity_ += weight * (f.clarity - noteClarity_);
         clarityDeviation_ += weight * (std::abs(f.clarity - noteClarity_) - clarityDeviation_);
     }
+    // How the pitch left the middle of the note: a vibrato swings out slowly; a step glides or
+    // jumps (the pitch followers start afresh), maybe into the outer part of the old note's
+    // span first, where the vibrato it goes on with carries it on.
+    if (std::abs(pitch - note_) <= kSteadySpan) {
+        leftQuickly_ = false;
+    } else if (Glides() || followedSamples_ == 0) {
+        leftQuickly_ = true;
+    }
     if (Departs(s, pitch)) {
         const int nearest = Nearest(pitch);
         TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
-        const double factor = settled && std::abs(std::abs(candidate_ - note_) - 12) <= 1 ? kOctaveFactor : 1.0;
-        if (candidateSamples_ >= factor * Samples(kConfirmSeconds, s.sampleRate) && !Glides()) {
+        if (candidateSamples_ >= ChangeSamples(s, pitch, settled) && !Glides()) {
             out->noteOff = static_cast<int16_t>(note_);
             StartNote(s, f, candidate_, out);
         }
@@ -425,6 +441,25 @@ bool NoteDecider::Swinging(const PreciseSettings& s) const noexcept
                            Samples(kLongestHalfCycleSeconds, s.sampleRate));
 }
 
+bool NoteDecider::Resting(const PreciseSettings& s) const noexcept
+{
+    return restingSamples_ >= Samples(kRestingSeconds, s.sampleRate);
+}
+
+uint32_t NoteDecider::ChangeSamples(const PreciseSettings& s, double pitch, bool settled) const noexcept
+{
+    const uint32_t confirm = Samples(kConfirmSeconds, s.sampleRate);
+    if (!settled) {
+        return confirm;
+    }
+    if (std::abs(std::abs(candidate_ - note_) - 12) <= 1) {
+        return static_cast<uint32_t>(kOctaveFactor * confirm);
+    }
+    const bool maySwingBack = std::abs(candidate_ - note_) == 1 && std::abs(pitch - candidate_) > kIntoNote &&
+                              !Resting(s) && !leftQuickly_;
+    return maySwingBack ? Samples(kSwingOutSeconds, s.sampleRate) : confirm;
+}
+
 bool NoteDecider::Departs(const PreciseSettings& s, double pitch) const noexcept
 {
     // Within the note's own span nothing departs, and most frames end here.
@@ -433,8 +468,7 @@ bool NoteDecider::Departs(const PreciseSettings& s, double pitch) const noexcept
         return false;
     }
     const double fromMean = std::abs(pitch - vibrato_.Mean());
-    const bool resting = restingSamples_ >= Samples(kRestingSeconds, s.sampleRate);
-    if (resting || fromMean >= kVibratoBeyond || !Swinging(s)) {
+    if (Resting(s) || fromMean >= kVibratoBeyond || !Swinging(s)) {
         return fromNote > 0.5 + kChangeMargin;
     }
     // Back at the note the voice swings around, after a swing that went on to the next note
@@ -483,6 +517,7 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
     noteSamples_ = 0;
     gapSamples_ = 0;
     interrupted_ = false;
+    leftQuickly_ = false;
     ClearCandidate();
     soundingFrequency_ = f.frequency;
     noteClarity_ = f.fromResidual ? kStartClarity : f.clarity;

@@ -78,8 +78,12 @@ private:
     bool Glides() const noexcept;
     // Whether the sounding note's pitch swings like a vibrato (VibratoWatch.h).
     bool Swinging(const PreciseSettings& s) const noexcept;
+    // Whether the pitch has hardly moved for a while: it sits on a note, no vibrato's swing.
+    bool Resting(const PreciseSettings& s) const noexcept;
     // Whether `pitch` has left the sounding note for another one.
     bool Departs(const PreciseSettings& s, double pitch) const noexcept;
+    // How long a departure to the candidate must hold before the note changes.
+    uint32_t ChangeSamples(const PreciseSettings& s, double pitch, bool settled) const noexcept;
     // Whether the pitch, `offset` semitones from the nearest note, may still be on its way to
     // the next one.
     bool Arriving(const PreciseSettings& s, double offset) const noexcept;
@@ -120,6 +124,7 @@ private:
     uint32_t sinceOnset_ = 0;        // since the level was last at or below the start level
     uint64_t clock_ = 0;             // samples decided on so far
     uint32_t restingSamples_ = 0;    // of frames in a row whose pitch hardly moved
+    bool leftQuickly_ = false;       // the pitch glided or jumped on its way out of the note's span
     VibratoWatch vibrato_;
     // The lowest power left with the note `tailFrequency_` cancelled since the analysis began
     // to cancel it: the tail of the note before that one, while it still rings.

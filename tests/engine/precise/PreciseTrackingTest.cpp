@@ -64,29 +64,41 @@ TEST(PreciseTracking, VibratoOfFiftyCentsStaysOneNoteAndTheBendFollowsIt) {
     }
 }
 
-// A singer's vibrato, grown in over the first 150 ms, swings the pitch into the neighbour's
-// span and back when it is wide (+-80 cents) or centred off the note (40 cents sharp, +-50
-// cents): that is one note. A step of a semitone, the vibrato going on, is still a new note,
-// and so is each note of a trill, which swings as often but rests on its notes. (A vibrato
-// whose first wide swing comes before it has turned both ways may still change note on that
-// swing.)
+// A singer's vibrato swings the pitch into the neighbour's span and back when it is wide
+// (+-80 cents) or centred off the note (40 cents sharp, +-50 cents): that is one note, whether
+// the vibrato grows in over the first 150 ms or sets in within 60 ms after a straight start,
+// so that its first wide swing may come before it has turned both ways. A step of a semitone,
+// the vibrato going on, is still a new note, and so is each note of a trill, which swings as
+// often but rests on its notes; a step that glides, slower than a glide between notes, to 20
+// cents short of the next note changes as soon as it rests there.
 TEST(PreciseTracking, WideOrOffPitchVibratoStaysOneNoteButStepsAndTrillsChangeIt) {
     struct Case {
         double offset, depth;
         int step;
+        double setsIn = 0, phase = 0;
     };
-    for (const Case c : {Case{0, 0.8, 0}, Case{0, 0.8, 1}, Case{0, 0.8, -1}, Case{0.4, 0.5, 0}}) {
+    std::vector<Case> cases{{0, 0.8, 0}, {0, 0.8, 1}, {0, 0.8, -1}, {0.4, 0.5, 0}};
+    for (int k = 0; k < 8; ++k) {
+        cases.push_back({0, 0.8, 0, 0.3, k * std::numbers::pi / 4});
+    }
+    for (const Case c : cases) {
         for (int note : {48, 60, 69}) {
             const auto sung = [=](double t) {
-                const double depth = c.depth * std::min(1.0, t / 0.15);
-                return note + c.offset + (t < 0.8 ? 0 : c.step) + depth * std::sin(2 * std::numbers::pi * 5.5 * t);
+                const double depth = c.setsIn > 0 ? c.depth * std::clamp((t - c.setsIn) / 0.06, 0.0, 1.0)
+                                                  : c.depth * std::min(1.0, t / 0.15);
+                return note + c.offset + (t < 0.8 ? 0 : c.step) +
+                       depth * std::sin(2 * std::numbers::pi * 5.5 * t + c.phase);
             };
             const TrackRun run = Track(*MakeTracker(), Padded(Gliding(sung, 1.6, 10000, 0.03)));
             const auto sungNotes = c.step == 0 ? std::vector<int>{note} : std::vector<int>{note, note + c.step};
-            EXPECT_EQ(run.NoteNumbers(), sungNotes)
-                << note << ", " << c.offset << " off, +-" << c.depth << ", step " << c.step;
+            EXPECT_EQ(run.NoteNumbers(), sungNotes) << note << ", " << c.offset << " off, +-" << c.depth << ", step "
+                                                    << c.step << ", sets in at " << c.setsIn << ", phase " << c.phase;
         }
     }
+    const auto shortStep = [](double t) { return 60.0 + 0.8 * std::clamp((t - 0.5) / 0.025, 0.0, 1.0); };
+    const TrackRun step = Track(*MakeTracker(), Padded(Gliding(shortStep, 1.0, 10000, 0.03)));
+    ASSERT_EQ(step.NoteNumbers(), (std::vector<int>{60, 61}));
+    EXPECT_LT(step.notes[1].onFrame * 16 / 44100.0 - 0.6, 0.065) << "a step that rests waits for no swing";
     // C4 and C#4 seven times a second each, each reached in 20 ms: 21 notes.
     const auto trill = [](double t) {
         const double cycle = std::fmod(7.0 * t, 1.0), ramp = 0.02 * 7.0;
