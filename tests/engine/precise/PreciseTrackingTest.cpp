@@ -69,8 +69,8 @@ TEST(PreciseTracking, VibratoOfFiftyCentsStaysOneNoteAndTheBendFollowsIt) {
 // the vibrato grows in over the first 150 ms or sets in within 60 ms after a straight start,
 // so that its first wide swing may come before it has turned both ways. A step of a semitone,
 // the vibrato going on, is still a new note, and so is each note of a trill, which swings as
-// often but rests on its notes; a step that glides, slower than a glide between notes, to 20
-// cents short of the next note changes as soon as it rests there.
+// often but rests on its notes; a step that moves to 20 cents short of the next note, slower
+// than a glide between notes (32 semitones per second), changes as soon as it rests there.
 TEST(PreciseTracking, WideOrOffPitchVibratoStaysOneNoteButStepsAndTrillsChangeIt) {
     struct Case {
         double offset, depth;
