@@ -12,7 +12,8 @@ one of two ways of joining legato notes:
 
 In slide mode the voice may also begin each note after a rest --scoop semitones flat and rise
 into it over --scoop-time seconds, and sing each note up to --detune cents off its pitch, as
-untrained singers do.
+untrained singers do; with --phrase-vibrato one vibrato runs on through each legato phrase, as
+trained singers keep it across their steps, so a step may land anywhere in a swing.
 
     python3 bench/synthetic_singers.py slide /tmp/slide
     python3 bench/synthetic_singers.py slide /tmp/scoop --scoop 1
@@ -43,8 +44,10 @@ def frequency(note):
     return 440.0 * 2 ** ((note - 69) / 12)
 
 
-def vibrato_cents(t, depth, rng):
-    return depth * np.clip(t / 0.15, 0, 1) * np.sin(2 * np.pi * rng.uniform(5, 6) * t + rng.uniform(0, 2 * np.pi))
+def vibrato_cents(t, depth, rng, rate=None, phase=None):
+    rate = rng.uniform(5, 6) if rate is None else rate
+    phase = rng.uniform(0, 2 * np.pi) if phase is None else phase
+    return depth * np.clip(t / 0.15, 0, 1) * np.sin(2 * np.pi * rate * t + phase)
 
 
 def voiced(f, vowel):
@@ -66,10 +69,17 @@ def slide(notes, length, vowel, args, rng):
     f = np.full(length, frequency(notes[0][2]))
     detune = rng.uniform(-args.detune, args.detune, len(notes)) if args.detune else np.zeros(len(notes))
     level = np.zeros(length)
+    phrase_start = 0.0
     for i, (on, off, note) in enumerate(notes):
         s, e = int(on * RATE), int(off * RATE)
         t = np.arange(e - s) / RATE
-        cents = vibrato_cents(t, args.vibrato, rng)
+        if args.phrase_vibrato:
+            # One vibrato through each legato phrase, as a singer keeps it across the steps.
+            if not is_legato(notes, i):
+                phrase_start, rate, phase = on, rng.uniform(5, 6), rng.uniform(0, 2 * np.pi)
+            cents = vibrato_cents(t + (on - phrase_start), args.vibrato, rng, rate, phase)
+        else:
+            cents = vibrato_cents(t, args.vibrato, rng)
         if is_legato(notes, i) and args.glide > 0:
             cents += 100 * (notes[i - 1][2] - note) * np.clip(1 - t / args.glide, 0, 1) ** 2
         elif not is_legato(notes, i) and args.scoop > 0:
@@ -102,6 +112,8 @@ def main():
     parser.add_argument("mode", choices=("slide", "overlap"))
     parser.add_argument("out")
     parser.add_argument("--vibrato", type=float, default=50, help="vibrato depth in cents (default 50)")
+    parser.add_argument("--phrase-vibrato", action="store_true",
+                        help="slide: one vibrato runs on through each legato phrase instead of starting anew with each note")
     parser.add_argument("--glide", type=float, default=0.03, help="slide into legato notes, s (default 0.03)")
     parser.add_argument("--scoop", type=float, default=0, help="slide: notes after a rest start this many semitones flat (default 0)")
     parser.add_argument("--scoop-time", type=float, default=0.08, help="slide: how long the scoop takes, s (default 0.08)")
