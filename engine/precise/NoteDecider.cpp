@@ -73,11 +73,13 @@ constexpr double kRestingSpeed = 3.0;
 constexpr double kRestingSeconds = 0.012;
 // A wide swing that the watch has not yet seen (the first swings of a vibrato that sets in, or
 // one that grows wider than the swings seen so far) slowly takes the pitch past the border to
-// the neighbouring note without reaching into it or resting there, and comes back. A step to
-// the neighbour lands in it (within a tenth of a semitone), rests where it lands, or leaves
-// faster than any vibrato moves. A pitch that does none of these changes the note only once
-// it has stayed out for as long as a wide, slow swing does: +-90 cents at 4 Hz stays beyond
-// the change margin for 47 ms.
+// the neighbouring note, at +-100 cents right into it, and comes back. A step to the neighbour
+// lands in it (within a tenth of a semitone) on a move that set off less than half a vibrato
+// cycle before (a swing has been moving that way since its opposite turn, more than half a
+// cycle back by the time it reaches the neighbour), rests where it lands, or leaves faster
+// than any vibrato moves. A pitch that does none of these changes the note only once it has
+// stayed out for as long as a wide, slow swing does: +-90 cents at 4 Hz stays beyond the
+// change margin for 47 ms.
 constexpr double kIntoNote = 0.1;
 constexpr double kSwingOutSeconds = 0.05;
 // Octave jumps are the typical error of period trackers: they must hold twice as long, once
@@ -187,6 +189,7 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
     const uint32_t onsetSamples = Samples(kOnsetSeconds, s.sampleRate);
     sinceOnset_ = f.level <= StartLevel(s) ? 0 : std::min(sinceOnset_ + f.samples, onsetSamples);
     clock_ += f.samples;
+    FollowMove(pitch);
     // The note's own frames only: the input with a note cancelled, or blended with the note
     // this one replaced, swings for other reasons.
     if (sounding_ && pitch > 0.0 && !f.fromResidual && replacedFrequency_ <= 0.0) {
@@ -427,6 +430,22 @@ void NoteDecider::FollowPitch(const PreciseSettings& s, double pitch, uint32_t s
     slowPitch_ += FollowWeight(samples, kSlowFollowSeconds, s.sampleRate) * (pitch - slowPitch_);
 }
 
+void NoteDecider::FollowMove(double pitch) noexcept
+{
+    const double speed = PitchSpeed();
+    const int direction = pitch > 0.0 && std::abs(speed) >= kRestingSpeed ? (speed > 0.0 ? 1 : -1) : 0;
+    if (direction == 0 || direction != moveDirection_) {
+        moveStart_ = clock_;
+    }
+    moveDirection_ = direction;
+    // A pitch that wavers across the edge of a note's middle at a turn arrives on no move.
+    const bool intoNote = pitch > 0.0 && std::abs(pitch - Nearest(pitch)) <= kIntoNote;
+    if (intoNote && !intoNote_) {
+        arrivalMove_ = direction != 0 ? clock_ - moveStart_ : std::numeric_limits<uint64_t>::max();
+    }
+    intoNote_ = intoNote;
+}
+
 double NoteDecider::PitchSpeed() const noexcept
 {
     return (quickPitch_ - slowPitch_) / (kSlowFollowSeconds - kQuickFollowSeconds);
@@ -455,7 +474,9 @@ uint32_t NoteDecider::ChangeSamples(const PreciseSettings& s, double pitch, bool
     if (std::abs(std::abs(candidate_ - note_) - 12) <= 1) {
         return static_cast<uint32_t>(kOctaveFactor * confirm);
     }
-    const bool maySwingBack = std::abs(candidate_ - note_) == 1 && std::abs(pitch - candidate_) > kIntoNote &&
+    const bool landed = std::abs(pitch - candidate_) <= kIntoNote &&
+                        arrivalMove_ < Samples(kShortestHalfCycleSeconds, s.sampleRate);
+    const bool maySwingBack = std::abs(candidate_ - note_) == 1 && !landed &&
                               !Resting(s) && !leftQuickly_;
     return maySwingBack ? Samples(kSwingOutSeconds, s.sampleRate) : confirm;
 }

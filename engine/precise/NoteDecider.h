@@ -75,6 +75,9 @@ private:
     // How fast the pitch moves (semitones per second, signed): a steady glide keeps the two
     // followers its speed times the difference of their spans apart.
     double PitchSpeed() const noexcept;
+    // Which way the pitch moves, since when, and how long it had moved that way when it
+    // arrived in the note it is in.
+    void FollowMove(double pitch) noexcept;
     bool Glides() const noexcept;
     // Whether the sounding note's pitch swings like a vibrato (VibratoWatch.h).
     bool Swinging(const PreciseSettings& s) const noexcept;
@@ -125,6 +128,10 @@ private:
     uint64_t clock_ = 0;             // samples decided on so far
     uint32_t restingSamples_ = 0;    // of frames in a row whose pitch hardly moved
     bool leftQuickly_ = false;       // the pitch glided or jumped on its way out of the note's span
+    int moveDirection_ = 0;    // +1 rising, -1 falling, 0 resting or unknown
+    uint64_t moveStart_ = 0;   // when the pitch began to move the way it moves now
+    uint64_t arrivalMove_ = 0; // how long it had moved so when it came within a tenth of a note
+    bool intoNote_ = false;    // whether it is within that tenth now
     VibratoWatch vibrato_;
     // The lowest power left with the note `tailFrequency_` cancelled since the analysis began
     // to cancel it: the tail of the note before that one, while it still rings.

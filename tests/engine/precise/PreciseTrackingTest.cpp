@@ -65,24 +65,30 @@ TEST(PreciseTracking, VibratoOfFiftyCentsStaysOneNoteAndTheBendFollowsIt) {
 }
 
 // A singer's vibrato swings the pitch into the neighbour's span and back when it is wide
-// (+-80 cents) or centred off the note (40 cents sharp, +-50 cents): that is one note, whether
-// the vibrato grows in over the first 150 ms or sets in within 60 ms after a straight start,
-// so that its first wide swing may come before it has turned both ways. A step of a semitone,
+// (+-80 cents, or +-100 cents, which reaches the neighbour itself) or centred off the note (40
+// cents sharp, +-50 cents): that is one note, whether the vibrato grows in over the first 150
+// ms or (+-80 cents) sets in within 60 ms after a straight start, so that its first wide swing
+// may come before it has turned both ways. A step of a semitone,
 // the vibrato going on, is still a new note, and so is each note of a trill, which swings as
 // often but rests on its notes; a step that moves to 20 cents short of the next note, slower
-// than a glide between notes (32 semitones per second), changes as soon as it rests there.
+// than a glide between notes (32 semitones per second), changes as soon as it rests there, and
+// one that lands in the next note at 29 semitones per second and swings on at once, as soon as
+// it is there.
 TEST(PreciseTracking, WideOrOffPitchVibratoStaysOneNoteButStepsAndTrillsChangeIt) {
     struct Case {
         double offset, depth;
         int step;
         double setsIn = 0, phase = 0;
+        std::vector<int> notes = {48, 60, 69};
     };
     std::vector<Case> cases{{0, 0.8, 0}, {0, 0.8, 1}, {0, 0.8, -1}, {0.4, 0.5, 0}};
     for (int k = 0; k < 8; ++k) {
         cases.push_back({0, 0.8, 0, 0.3, k * std::numbers::pi / 4});
+        // At C3 the pitch of a +-100 cents swing moves in steps as fast as a glide's.
+        cases.push_back({0, 1.0, 0, 0, k * std::numbers::pi / 4, {60, 69}});
     }
-    for (const Case c : cases) {
-        for (int note : {48, 60, 69}) {
+    for (const Case& c : cases) {
+        for (int note : c.notes) {
             const auto sung = [=](double t) {
                 const double depth = c.setsIn > 0 ? c.depth * std::clamp((t - c.setsIn) / 0.06, 0.0, 1.0)
                                                   : c.depth * std::min(1.0, t / 0.15);
@@ -99,6 +105,14 @@ TEST(PreciseTracking, WideOrOffPitchVibratoStaysOneNoteButStepsAndTrillsChangeIt
     const TrackRun step = Track(*MakeTracker(), Padded(Gliding(shortStep, 1.0, 10000, 0.03)));
     ASSERT_EQ(step.NoteNumbers(), (std::vector<int>{60, 61}));
     EXPECT_LT(step.notes[1].onFrame * 16 / 44100.0 - 0.6, 0.065) << "a step that rests waits for no swing";
+    const auto landing = [](double t) {
+        const double landed = 0.535;
+        return 60.0 + std::clamp((t - 0.5) / 0.035, 0.0, 1.0) +
+               (t < landed ? 0.0 : 0.3 * std::sin(2 * std::numbers::pi * 5.5 * (t - landed)));
+    };
+    const TrackRun landed = Track(*MakeTracker(), Padded(Gliding(landing, 1.0, 10000, 0.03)));
+    ASSERT_EQ(landed.NoteNumbers(), (std::vector<int>{60, 61}));
+    EXPECT_LT(landed.notes[1].onFrame * 16 / 44100.0 - 0.6, 0.06) << "a step that lands waits for no swing";
     // C4 and C#4 seven times a second each, each reached in 20 ms: 21 notes.
     const auto trill = [](double t) {
         const double cycle = std::fmod(7.0 * t, 1.0), ramp = 0.02 * 7.0;
