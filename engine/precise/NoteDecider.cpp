@@ -310,7 +310,11 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     if (Departs(s, pitch)) {
         const int nearest = Nearest(pitch);
         TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
-        if (candidateSamples_ >= ChangeSamples(s, pitch, settled) && !Glides()) {
+        // Straight after a legato step, a pitch back at the note the step left is a vibrato
+        // swinging back across the step, not the new note's attack settling: it changes the
+        // note only as it would change a settled one.
+        const bool back = candidate_ == stepFrom_;
+        if (candidateSamples_ >= ChangeSamples(s, pitch, settled || back) && !Glides()) {
             out->noteOff = static_cast<int16_t>(note_);
             StartNote(s, f, candidate_, out);
         }
@@ -530,6 +534,7 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
     // Vibrato, a scoop or the blend with this note may have pulled that one's last pitch
     // halfway to a neighbour; its own note tells what its tail will sound like.
     previousNominal_ = replacedFrequency_ > 0.0 ? s.refPitch * std::exp2((note_ - 69) / 12.0) : 0.0;
+    stepFrom_ = sounding_ ? note_ : -1;
     ringSamples_ = 0;
     interruptedNote_ = -1;
     releasedNote_ = -1;

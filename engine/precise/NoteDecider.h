@@ -101,6 +101,7 @@ private:
     int note_ = 0;
     int interruptedNote_ = -1; // the note an attack or break ended, until another one starts
     int releasedNote_ = -1;    // the note a release ended, until an attack or another note
+    int stepFrom_ = -1;        // the note a legato step left for this one; -1 after a start
     bool attackSinceEnd_ = false; // an attack since the last note ended
     int noteVelocity_ = 0;
     uint32_t noteSamples_ = 0;

@@ -113,6 +113,20 @@ TEST(PreciseTracking, WideOrOffPitchVibratoStaysOneNoteButStepsAndTrillsChangeIt
     const TrackRun landed = Track(*MakeTracker(), Padded(Gliding(landing, 1.0, 10000, 0.03)));
     ASSERT_EQ(landed.NoteNumbers(), (std::vector<int>{60, 61}));
     EXPECT_LT(landed.notes[1].onFrame * 16 / 44100.0 - 0.6, 0.06) << "a step that lands waits for no swing";
+    // A whole-tone step gliding over 30 ms under a vibrato of +-80 cents may show the note it
+    // passes; a swing back across the step straight after it changes nothing.
+    for (const auto& [whole, phase] : {std::pair{2.0, 15.0}, std::pair{-2.0, 7.0}}) {
+        const auto sung = [whole, phase](double t) {
+            return 60.0 + whole * std::clamp((t - 0.8) / 0.03, 0.0, 1.0) +
+                   0.8 * std::min(1.0, t / 0.15) * std::sin(2 * std::numbers::pi * 5.5 * t + phase * std::numbers::pi / 8);
+        };
+        std::vector<int> notes = Track(*MakeTracker(), Padded(Gliding(sung, 1.6, 10000, 0.03))).NoteNumbers();
+        if (whole < 0) {
+            std::ranges::reverse(notes);
+        }
+        EXPECT_TRUE(std::ranges::is_sorted(notes)) << "step " << whole;
+        EXPECT_TRUE(std::ranges::count(notes, 60 + int(whole)) == 1) << "step " << whole;
+    }
     // C4 and C#4 seven times a second each, each reached in 20 ms: 21 notes.
     const auto trill = [](double t) {
         const double cycle = std::fmod(7.0 * t, 1.0), ramp = 0.02 * 7.0;
