@@ -117,10 +117,11 @@ TEST(PreciseTracking, WideOrOffPitchVibratoStaysOneNoteButStepsAndTrillsChangeIt
     // passes; a swing back across the step straight after it changes nothing.
     for (const auto& [whole, phase] : {std::pair{2.0, 15.0}, std::pair{-2.0, 7.0}}) {
         const auto sung = [whole, phase](double t) {
-            return 60.0 + whole * std::clamp((t - 0.8) / 0.03, 0.0, 1.0) +
-                   0.8 * std::min(1.0, t / 0.15) * std::sin(2 * std::numbers::pi * 5.5 * t + phase * std::numbers::pi / 8);
+            const double swing = std::sin(2 * std::numbers::pi * 5.5 * t + phase * std::numbers::pi / 8);
+            return 60.0 + whole * std::clamp((t - 0.8) / 0.03, 0.0, 1.0) + 0.8 * std::min(1.0, t / 0.15) * swing;
         };
-        std::vector<int> notes = Track(*MakeTracker(), Padded(Gliding(sung, 1.6, 10000, 0.03))).NoteNumbers();
+        std::vector<int> notes =
+            Track(*MakeTracker(), Padded(Gliding(sung, 1.6, 10000, 0.03))).NoteNumbers();
         if (whole < 0) {
             std::ranges::reverse(notes);
         }
@@ -366,6 +367,21 @@ TEST(PreciseTracking, FadingTailOfAVibratoNoteDoesNotComeBack) {
                       (std::vector<int>{from, to}))
                 << from << " to " << to << ", fading by 1/e in " << fade << " s";
         }
+    }
+    // At the end of a phrase the voice fades out over 50 ms and its vibrato of +-80 cents goes
+    // on, into the neighbour's span and back.
+    for (int k = 0; k < 8; ++k) {
+        const double phase = k * std::numbers::pi / 4;
+        const auto sung = [phase](double t) {
+            return 60.0 + 0.8 * std::min(1.0, t / 0.15) * std::sin(2 * std::numbers::pi * 5.5 * t + phase);
+        };
+        std::vector<int16_t> voice = Gliding(sung, 0.6, 10000, 0.03);
+        const size_t fadeOut = static_cast<size_t>(0.05 * 44100);
+        const size_t fadeFrom = voice.size() - fadeOut;
+        for (size_t i = 0; i < fadeOut; ++i) {
+            voice[fadeFrom + i] = static_cast<int16_t>(voice[fadeFrom + i] * (1.0 - double(i) / fadeOut));
+        }
+        EXPECT_EQ(Track(*MakeTracker(), Padded(voice)).NoteNumbers(), std::vector<int>{60}) << "phase " << phase;
     }
 }
 
