@@ -253,7 +253,8 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
     // A released note's tail keeps its vibrato, which carries it into a neighbour's span. While
     // the sound stays well under its level and no attack has come, the input itself showing a
     // neighbour of that note is still its tail; a new note shows with the old one cancelled.
-    const bool releasedTail = std::abs(candidate_ - releasedNote_) == 1 && !f.fromResidual && f.faded;
+    const bool releasedTail =
+        releasedNote_ >= 0 && std::abs(candidate_ - releasedNote_) == 1 && !f.fromResidual && f.faded;
     if (candidateSamples_ >= Samples(kConfirmSeconds, s.sampleRate) && !ownTail && !releasedTail) {
         StartNote(s, f, candidate_, out);
         WriteBendAndExpression(s, f, pitch, out);

@@ -68,12 +68,11 @@ TEST(PreciseTracking, VibratoOfFiftyCentsStaysOneNoteAndTheBendFollowsIt) {
 // (+-80 cents, or +-100 cents, which reaches the neighbour itself) or centred off the note (40
 // cents sharp, +-50 cents): that is one note, whether the vibrato grows in over the first 150
 // ms or (+-80 cents) sets in within 60 ms after a straight start, so that its first wide swing
-// may come before it has turned both ways. A step of a semitone,
-// the vibrato going on, is still a new note, and so is each note of a trill, which swings as
-// often but rests on its notes; a step that moves to 20 cents short of the next note, slower
-// than a glide between notes (32 semitones per second), changes as soon as it rests there, and
-// one that lands in the next note at 29 semitones per second and swings on at once, as soon as
-// it is there.
+// may come before it has turned both ways. A step of a semitone, the vibrato going on, is
+// still a new note, and so is each note of a trill, which swings as often but rests on its
+// notes; a step that moves to 20 cents short of the next note, slower than a glide between
+// notes (32 semitones per second), changes as soon as it rests there, and one that lands in
+// the next note at 29 semitones per second and swings on at once, as soon as it is there.
 TEST(PreciseTracking, WideOrOffPitchVibratoStaysOneNoteButStepsAndTrillsChangeIt) {
     struct Case {
         double offset, depth;
