@@ -183,13 +183,10 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
     f.fromResidual = chosen.frequency != frame.frequency;
     const double pitch = f.frequency > 0.0 ? PitchOf(f.frequency, s.refPitch) : 0.0;
     FollowPitch(s, pitch, f.samples);
-    const uint32_t restingLimit = Samples(kRestingSeconds, s.sampleRate);
-    const bool still = pitch > 0.0 && std::abs(PitchSpeed()) < kRestingSpeed;
-    restingSamples_ = still ? std::min(restingSamples_ + f.samples, restingLimit) : 0;
     const uint32_t onsetSamples = Samples(kOnsetSeconds, s.sampleRate);
     sinceOnset_ = f.level <= StartLevel(s) ? 0 : std::min(sinceOnset_ + f.samples, onsetSamples);
     clock_ += f.samples;
-    FollowMove(pitch);
+    FollowMove(s, pitch, f.samples);
     // The note's own frames only: the input with a note cancelled, or blended with the note
     // this one replaced, swings for other reasons.
     if (sounding_ && pitch > 0.0 && !f.fromResidual && replacedFrequency_ <= 0.0) {
@@ -439,10 +436,13 @@ void NoteDecider::FollowPitch(const PreciseSettings& s, double pitch, uint32_t s
     slowPitch_ += FollowWeight(samples, kSlowFollowSeconds, s.sampleRate) * (pitch - slowPitch_);
 }
 
-void NoteDecider::FollowMove(double pitch) noexcept
+void NoteDecider::FollowMove(const PreciseSettings& s, double pitch, uint32_t samples) noexcept
 {
     const double speed = PitchSpeed();
-    const int direction = pitch > 0.0 && std::abs(speed) >= kRestingSpeed ? (speed > 0.0 ? 1 : -1) : 0;
+    const bool moving = pitch > 0.0 && std::abs(speed) >= kRestingSpeed;
+    const bool still = pitch > 0.0 && !moving;
+    restingSamples_ = still ? std::min(restingSamples_ + samples, Samples(kRestingSeconds, s.sampleRate)) : 0;
+    const int direction = moving ? (speed > 0.0 ? 1 : -1) : 0;
     if (direction == 0 || direction != moveDirection_) {
         moveStart_ = clock_;
     }

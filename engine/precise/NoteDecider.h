@@ -75,9 +75,9 @@ private:
     // How fast the pitch moves (semitones per second, signed): a steady glide keeps the two
     // followers its speed times the difference of their spans apart.
     double PitchSpeed() const noexcept;
-    // Which way the pitch moves, since when, and how long it had moved that way when it
-    // arrived in the note it is in.
-    void FollowMove(double pitch) noexcept;
+    // Whether the pitch rests or which way it moves, since when, and how long it had moved that
+    // way when it arrived in the note it is in.
+    void FollowMove(const PreciseSettings& s, double pitch, uint32_t samples) noexcept;
     bool Glides() const noexcept;
     // Whether the sounding note's pitch swings like a vibrato (VibratoWatch.h).
     bool Swinging(const PreciseSettings& s) const noexcept;

@@ -125,7 +125,7 @@ TEST(PreciseTracking, WideOrOffPitchVibratoStaysOneNoteButStepsAndTrillsChangeIt
             std::ranges::reverse(notes);
         }
         EXPECT_TRUE(std::ranges::is_sorted(notes)) << "step " << whole;
-        EXPECT_TRUE(std::ranges::count(notes, 60 + int(whole)) == 1) << "step " << whole;
+        EXPECT_EQ(std::ranges::count(notes, 60 + int(whole)), 1) << "step " << whole;
     }
     // C4 and C#4 seven times a second each, each reached in 20 ms: 21 notes.
     const auto trill = [](double t) {
