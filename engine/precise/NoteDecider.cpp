@@ -112,9 +112,11 @@ constexpr double kSubharmonicSeconds = 0.15;
 // a semitone from each).
 constexpr double kClearlyNew = 0.95;
 constexpr double kClearlyNewSpan = 0.5;
-// With the sounding note cancelled, the pitch of the note before is that one's tail until what
-// is left has grown this much (6 dB) above its lowest since: a released note only fades, and
-// the beating of its tail with the next note must not bring it back.
+// A released note only fades: with the sounding note cancelled, the pitch of the note before
+// is that one's tail until what is left has grown this much (6 dB) above its lowest since, and
+// after a release, what the input shows within the released note's swings is its tail until
+// the input has grown as much. The beating of a tail with the next note, and the pitch a
+// vibrato that goes on swinging leaves after the cancelling, must not bring it back.
 constexpr double kRegrowth = 4.0;
 // Pitches closer than this (semitones) belong to the same note.
 constexpr double kSameNote = 0.75;
@@ -220,6 +222,7 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
 void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, double pitch,
                              WFETMidiOut* out) noexcept
 {
+    releaseFloor_ = std::min(releaseFloor_, f.power);
     const int nearest = Nearest(pitch);
     // What rings on after a release is that note's tail, not a new note.
     if (f.attack) {
@@ -252,7 +255,13 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
     // neighbour of that note is still its tail; a new note shows with the old one cancelled.
     const bool releasedTail =
         releasedNote_ >= 0 && std::abs(candidate_ - releasedNote_) == 1 && !f.fromResidual && f.faded;
-    if (candidateSamples_ >= Samples(kConfirmSeconds, s.sampleRate) && !ownTail && !releasedTail) {
+    // Nor does the vibrato stop when the voice does: whatever the analysis makes of the dying
+    // tail, with the note cancelled or not, lies within its swings until a new sound grows.
+    const bool swingingTail = releasedNote_ >= 0 && f.power < kRegrowth * releaseFloor_ &&
+                              Swinging(s) &&
+                              std::abs(candidate_ - vibrato_.Mean()) - 0.5 <= BeyondSwings();
+    if (candidateSamples_ >= Samples(kConfirmSeconds, s.sampleRate) && !ownTail && !releasedTail &&
+        !swingingTail) {
         StartNote(s, f, candidate_, out);
         WriteBendAndExpression(s, f, pitch, out);
     }
@@ -274,6 +283,7 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
         const int released = note_;
         EndNote(out, KeepCandidate::Yes);
         releasedNote_ = released;
+        releaseFloor_ = f.power;
         return;
     }
     const double hold = HoldLevel(s);
@@ -506,8 +516,12 @@ bool NoteDecider::Departs(const PreciseSettings& s, double pitch) const noexcept
     if (fromNote > 0.5 + kChangeMargin && Nearest(vibrato_.Mean()) != note_ && fromMean <= 0.5) {
         return true;
     }
-    const double beyondSwings = kVibratoGrowth * vibrato_.Reach() + kChangeMargin;
-    return fromMean > std::max(0.5 + kChangeMargin, beyondSwings);
+    return fromMean > std::max(0.5 + kChangeMargin, BeyondSwings());
+}
+
+double NoteDecider::BeyondSwings() const noexcept
+{
+    return kVibratoGrowth * vibrato_.Reach() + kChangeMargin;
 }
 
 bool NoteDecider::Arriving(const PreciseSettings& s, double offset) const noexcept

@@ -35,6 +35,7 @@ struct FrameFeatures {
     bool attack = false;
     bool release = false;
     bool faded = false;
+    double power = 0.0;     // of the latest period, 16-bit scale squared
     uint32_t samples = 0;   // samples this frame covers
 };
 
@@ -85,6 +86,8 @@ private:
     bool Resting(const PreciseSettings& s) const noexcept;
     // Whether `pitch` has left the sounding note for another one.
     bool Departs(const PreciseSettings& s, double pitch) const noexcept;
+    // How far from the vibrato's mean a pitch must lie to be beyond the swings seen.
+    double BeyondSwings() const noexcept;
     // How long a departure to the candidate must hold before the note changes.
     uint32_t ChangeSamples(const PreciseSettings& s, double pitch, bool settled) const noexcept;
     // Whether the pitch, `offset` semitones from the nearest note, may still be on its way to
@@ -101,6 +104,7 @@ private:
     int note_ = 0;
     int interruptedNote_ = -1; // the note an attack or break ended, until another one starts
     int releasedNote_ = -1;    // the note a release ended, until an attack or another note
+    double releaseFloor_ = 0.0; // the lowest power of the input since that release
     int stepFrom_ = -1;        // the note a legato step left for this one; -1 after a start
     bool attackSinceEnd_ = false; // an attack since the last note ended
     int noteVelocity_ = 0;

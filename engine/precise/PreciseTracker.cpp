@@ -63,8 +63,9 @@ void PreciseTracker::Calc(WFETMidiOut* out) noexcept
     frame.level = level_.Peak();
     // One period of the estimate (or 5 ms without one) is the span of the attack detector.
     const double span = estimate.frequency > 0.0 ? 1.0 / estimate.frequency : 0.005;
+    frame.power = periodicity_.RecentPower(span);
     const LevelFollower::Events events =
-        level_.Follow(periodicity_.RecentPower(span), samplesSinceCalc_, decider_.LevelMarginDb());
+        level_.Follow(frame.power, samplesSinceCalc_, decider_.LevelMarginDb());
     frame.attack = events.attack;
     frame.release = events.release;
     frame.faded = events.faded;

@@ -367,20 +367,27 @@ TEST(PreciseTracking, FadingTailOfAVibratoNoteDoesNotComeBack) {
                 << from << " to " << to << ", fading by 1/e in " << fade << " s";
         }
     }
-    // At the end of a phrase the voice fades out over 50 ms and its vibrato of +-80 cents goes
-    // on, into the neighbour's span and back.
-    for (int k = 0; k < 8; ++k) {
-        const double phase = k * std::numbers::pi / 4;
-        const auto sung = [phase](double t) {
-            return 60.0 + 0.8 * std::min(1.0, t / 0.15) * std::sin(2 * std::numbers::pi * 5.5 * t + phase);
-        };
-        std::vector<int16_t> voice = Gliding(sung, 0.6, 10000, 0.03);
-        const size_t fadeOut = static_cast<size_t>(0.05 * 44100);
-        const size_t fadeFrom = voice.size() - fadeOut;
-        for (size_t i = 0; i < fadeOut; ++i) {
-            voice[fadeFrom + i] = static_cast<int16_t>(voice[fadeFrom + i] * (1.0 - double(i) / fadeOut));
+    // At the end of a phrase the voice stops and its vibrato of +-80 cents goes on, into the
+    // neighbour's span and back: it fades out, or dies away in a synthesizer's release or a room.
+    const std::pair<const char*, std::function<double(double)>> endings[] = {
+        {"fading out over 50 ms", [](double t) { return std::max(0.0, 1.0 - t / 0.05); }},
+        {"dying away by 1/e every 80 ms", [](double t) { return std::exp(-t / 0.08); }},
+        {"dying away by 1/e every 150 ms", [](double t) { return std::exp(-t / 0.15); }}};
+    for (const auto& [ending, gain] : endings) {
+        for (int k = 0; k < 8; ++k) {
+            const double phase = k * std::numbers::pi / 4;
+            const auto sung = [phase](double t) {
+                const double depth = 0.8 * std::min(1.0, t / 0.15);
+                return 60.0 + depth * std::sin(2 * std::numbers::pi * 5.5 * t + phase);
+            };
+            std::vector<int16_t> voice = Gliding(sung, 1.5, 10000, 0.03);
+            const size_t end = static_cast<size_t>(0.6 * 44100);
+            for (size_t i = end; i < voice.size(); ++i) {
+                voice[i] = Saturate(voice[i] * gain((i - end) / 44100.0));
+            }
+            EXPECT_EQ(Track(*MakeTracker(), Padded(voice)).NoteNumbers(), std::vector<int>{60})
+                << ending << ", phase " << phase;
         }
-        EXPECT_EQ(Track(*MakeTracker(), Padded(voice)).NoteNumbers(), std::vector<int>{60}) << "phase " << phase;
     }
 }
 
