@@ -65,6 +65,8 @@ constexpr double kLongestHalfCycleSeconds = 0.15;
 constexpr double kVibratoMeanSeconds = 0.1;
 constexpr double kVibratoGrowth = 1.1;
 constexpr double kVibratoBeyond = 2.0;
+// A sinking tail's pitch wavers a little beyond the swings the watch saw.
+constexpr double kTailSlack = 0.1;
 // A vibrato's pitch never rests: it slows below this speed (semitones per second) only for a
 // few milliseconds at each turn (4-7 ms for +-50 to +-80 cents at 5-6 Hz). A pitch that has
 // rested this long sits on a note, a trill's other note or a step's, and a change is judged
@@ -257,9 +259,9 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
         releasedNote_ >= 0 && std::abs(candidate_ - releasedNote_) == 1 && !f.fromResidual && f.faded;
     // Nor does the vibrato stop when the voice does: whatever the analysis makes of the dying
     // tail, with the note cancelled or not, lies within its swings until a new sound grows.
+    const double tailReach = kVibratoGrowth * vibrato_.Reach() + kTailSlack;
     const bool swingingTail = releasedNote_ >= 0 && f.power < kRegrowth * releaseFloor_ &&
-                              Swinging(s) &&
-                              std::abs(candidate_ - vibrato_.Mean()) - 0.5 <= BeyondSwings();
+                              Swinging(s) && std::abs(candidate_ - vibrato_.Mean()) - 0.5 <= tailReach;
     if (candidateSamples_ >= Samples(kConfirmSeconds, s.sampleRate) && !ownTail && !releasedTail &&
         !swingingTail) {
         StartNote(s, f, candidate_, out);
@@ -516,12 +518,8 @@ bool NoteDecider::Departs(const PreciseSettings& s, double pitch) const noexcept
     if (fromNote > 0.5 + kChangeMargin && Nearest(vibrato_.Mean()) != note_ && fromMean <= 0.5) {
         return true;
     }
-    return fromMean > std::max(0.5 + kChangeMargin, BeyondSwings());
-}
-
-double NoteDecider::BeyondSwings() const noexcept
-{
-    return kVibratoGrowth * vibrato_.Reach() + kChangeMargin;
+    const double beyondSwings = kVibratoGrowth * vibrato_.Reach() + kChangeMargin;
+    return fromMean > std::max(0.5 + kChangeMargin, beyondSwings);
 }
 
 bool NoteDecider::Arriving(const PreciseSettings& s, double offset) const noexcept

@@ -86,8 +86,6 @@ private:
     bool Resting(const PreciseSettings& s) const noexcept;
     // Whether `pitch` has left the sounding note for another one.
     bool Departs(const PreciseSettings& s, double pitch) const noexcept;
-    // How far from the vibrato's mean a pitch must lie to be beyond the swings seen.
-    double BeyondSwings() const noexcept;
     // How long a departure to the candidate must hold before the note changes.
     uint32_t ChangeSamples(const PreciseSettings& s, double pitch, bool settled) const noexcept;
     // Whether the pitch, `offset` semitones from the nearest note, may still be on its way to
