@@ -1,5 +1,6 @@
 #include "MixtureChoice.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace vocato::precise {
@@ -65,6 +66,16 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
     // moves as they beat; its periodicity says nothing against the new note.
     const bool ownIsBlend = view.frequency > 0.0 && Semitones(residual, cancelled) < kBlendSpan &&
                             (view.frequency - residual) * (view.frequency - cancelled) < 0.0;
+    // Cancelling one note leaves the others changed: a note that already dominates the input
+    // may show only at a multiple of its period once the old one is taken out. That is no new
+    // sound; a new one would make the input's own period the common multiple, not a fraction.
+    // What is left repeats as clearly as that note does, so it counts at that periodicity.
+    const bool ownRepeatsInIt = view.frequency > 0.0 && WholeRatio(view.frequency / residual);
+    if (!ownIsOld && ownRepeatsInIt) {
+        MixtureView own = view;
+        own.clarity = std::max(view.clarity, view.residualClarity);
+        return own;
+    }
     if (!ownIsOld && !ownIsCommon && !ownIsBlend && view.clarity >= view.residualClarity) {
         return view;
     }

@@ -5,7 +5,8 @@
 // with that note cancelled. When the cancelled input holds a strong periodic sound of another
 // pitch, and the input's own estimate is still the old note, a common sub-harmonic of old and
 // new (the period of the mixture) or, for close notes, a pitch between the two (their blend),
-// the new sound is the one to follow.
+// the new sound is the one to follow. What is left that only repeats a note the input itself
+// shows, at a multiple of its period, is that note.
 //
 // Thread contract: a pure function; audio thread safe.
 #pragma once
