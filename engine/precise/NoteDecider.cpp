@@ -257,13 +257,8 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
     // neighbour of that note is still its tail; a new note shows with the old one cancelled.
     const bool releasedTail =
         releasedNote_ >= 0 && std::abs(candidate_ - releasedNote_) == 1 && !f.fromResidual && f.faded;
-    // Nor does the vibrato stop when the voice does: whatever the analysis makes of the dying
-    // tail, with the note cancelled or not, lies within its swings until a new sound grows.
-    const double tailReach = kVibratoGrowth * vibrato_.Reach() + kTailSlack;
-    const bool swingingTail = releasedNote_ >= 0 && f.power < kRegrowth * releaseFloor_ &&
-                              Swinging(s) && std::abs(candidate_ - vibrato_.Mean()) - 0.5 <= tailReach;
     if (candidateSamples_ >= Samples(kConfirmSeconds, s.sampleRate) && !ownTail && !releasedTail &&
-        !swingingTail) {
+        !InSwingingTail(s, f)) {
         StartNote(s, f, candidate_, out);
         WriteBendAndExpression(s, f, pitch, out);
     }
@@ -479,6 +474,17 @@ bool NoteDecider::Swinging(const PreciseSettings& s) const noexcept
     return vibrato_.Swings(clock_, Samples(kVibratoSeconds, s.sampleRate),
                            Samples(kShortestHalfCycleSeconds, s.sampleRate),
                            Samples(kLongestHalfCycleSeconds, s.sampleRate));
+}
+
+bool NoteDecider::InSwingingTail(const PreciseSettings& s, const FrameFeatures& f) const noexcept
+{
+    // Nor does the vibrato stop when the voice does: whatever the analysis makes of the dying
+    // tail, with the note cancelled or not, lies within its swings until a new sound grows.
+    if (releasedNote_ < 0 || f.power >= kRegrowth * releaseFloor_ || !Swinging(s)) {
+        return false;
+    }
+    const double tailReach = kVibratoGrowth * vibrato_.Reach() + kTailSlack;
+    return std::abs(candidate_ - vibrato_.Mean()) - 0.5 <= tailReach;
 }
 
 bool NoteDecider::Resting(const PreciseSettings& s) const noexcept

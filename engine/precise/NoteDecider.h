@@ -82,6 +82,9 @@ private:
     bool Glides() const noexcept;
     // Whether the sounding note's pitch swings like a vibrato (VibratoWatch.h).
     bool Swinging(const PreciseSettings& s) const noexcept;
+    // Whether the candidate lies within the swings of a released note whose tail has not grown
+    // again since the release.
+    bool InSwingingTail(const PreciseSettings& s, const FrameFeatures& f) const noexcept;
     // Whether the pitch has hardly moved for a while: it sits on a note, no vibrato's swing.
     bool Resting(const PreciseSettings& s) const noexcept;
     // Whether `pitch` has left the sounding note for another one.
