@@ -89,6 +89,7 @@ def main(argv=None):
         for converter in converters:
             print(f"running {converter.label} on {len(items)} files ...", file=sys.stderr)
             results[converter.label] = score_converter(converter, items, truth, work_dir, args)
+    scoring.add_shared_latency(results)
 
     text = report.markdown(results, meta)
     print(text)

@@ -27,6 +27,10 @@ OVERALL_ROWS = [
     ("F1, onset ±150 ms (%)", lambda s: _pct(s["f1_loose"])),
     ("latency median (ms)", lambda s: _ms(s["latency_median"])),
     ("latency 90th percentile (ms)", lambda s: _ms(s["latency_p90"])),
+    ("notes every converter matches", lambda s: str(s["shared_notes"])),
+    ("latency median, notes every converter matches (ms)",
+     lambda s: _ms(s["latency_shared_median"])),
+    ("latency p90, notes every converter matches (ms)", lambda s: _ms(s["latency_shared_p90"])),
     ("latency median, ±150 ms matches (ms)", lambda s: _ms(s["latency_loose_median"])),
     ("latency p90, ±150 ms matches (ms)", lambda s: _ms(s["latency_loose_p90"])),
     ("octave errors (% of estimated notes)", lambda s: _pct(s["octave_error_rate"])),
@@ -50,7 +54,9 @@ true notes). A match pairs one estimated and one true note (mir_eval's maximum m
 onsets differ by at most 50 ms and pitches by at most 50 cents; "onset and offset" also needs
 the offsets within 20 % of the true note's length (at least 50 ms); "±150 ms" widens the onset
 window. Latency is estimated minus true onset over the matched notes (positive = late); the
-±50 ms window bounds it, so the ±150 ms rows show how late the late notes really are. An octave
+±50 ms window bounds it, so the ±150 ms rows show how late the late notes really are. A
+converter that finds more of the hard notes (slow attacks, legato) adds later ones to its own
+matches, so the rows over the notes every converter matches compare like with like. An octave
 error is an estimated note that does not match but starts within 50 ms of a true note whose
 pitch is a whole number of octaves away (±50 cents). CPU is user + system time of the
 converter's process and its children; speed is audio time divided by that CPU time."""

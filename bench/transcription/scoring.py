@@ -69,13 +69,16 @@ def score_file(ref_notes, est_notes):
     onset = _match(ref, est, ONSET_TOLERANCE, None)
     with_offset = _match(ref, est, ONSET_TOLERANCE, OFFSET_RATIO)
     loose = _match(ref, est, LOOSE_ONSET_TOLERANCE, None)
+    # By true note, so that converters can be compared on the notes they all find.
+    onset_matches = sorted([int(r), x] for (r, _), x in zip(onset, _latencies(ref, est, onset)))
     return {
         "n_ref": len(ref_notes),
         "n_est": len(est_notes),
         "matched": len(onset),
         "matched_offset": len(with_offset),
         "matched_loose": len(loose),
-        "latencies": _latencies(ref, est, onset),
+        "latencies": [x for _, x in onset_matches],
+        "onset_matches": onset_matches,
         "latencies_loose": _latencies(ref, est, loose),
         "octave_errors": count_octave_errors(ref_notes, est_notes, {e for _, e in onset}),
     }
@@ -119,3 +122,19 @@ def pool(file_scores):
         "realtime_factor": audio / cpu if cpu > 0 else None,
     })
     return out
+
+
+def add_shared_latency(results):
+    """Each converter's latency over the true notes that every converter in the run matches
+    within ±50 ms: over its own matches, a converter that also finds the notes that are hard
+    to find early looks slower than one that finds only the easy ones."""
+    labels = list(results)
+    for label in labels:
+        lat = []
+        for file_id, own in results[label]["files"].items():
+            found = [{r for r, _ in results[other]["files"][file_id]["onset_matches"]}
+                     for other in labels]
+            lat += [x for r, x in own["onset_matches"] if r in set.intersection(*found)]
+        results[label]["overall"].update(shared_notes=len(lat),
+                                         latency_shared_median=_percentile(lat, 50),
+                                         latency_shared_p90=_percentile(lat, 90))

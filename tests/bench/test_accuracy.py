@@ -69,6 +69,19 @@ class Scoring(unittest.TestCase):
         self.assertIsNone(scoring.pool([failed])["latency_median"])
 
 
+    def test_shared_latency_is_taken_over_the_true_notes_every_converter_matches(self):
+        early_but_few = shifted(0, d_onset=0.01)[:2]          # finds notes 0 and 1
+        late_but_more = shifted(1, d_onset=0.03)[1:]          # finds notes 1, 2 and 3
+        results = {label: {"overall": {}, "files": {"f": scoring.score_file(MELODY, est)}}
+                   for label, est in (("a", early_but_few), ("b", late_but_more))}
+        scoring.add_shared_latency(results)
+        got = {label: (r["overall"]["shared_notes"], r["overall"]["latency_shared_median"])
+               for label, r in results.items()}
+        self.assertEqual(got["a"], (1, 0.0))
+        self.assertEqual(got["b"][0], 1)
+        self.assertAlmostEqual(got["b"][1], 0.03)
+
+
 class Readers(unittest.TestCase):
     def setUp(self):
         self.tmp = tempfile.TemporaryDirectory()
