@@ -22,6 +22,10 @@ constexpr double kBlendSpan = 2.5;
 // one: where that agrees with the input's own estimate to within a quarter tone, the estimate
 // is the new note and no blend.
 constexpr double kAgreeSpan = 0.5;
+// A trace of another sound: as periodic as a held note must stay, and above the -15 dB a well
+// cancelled steady note leaves.
+constexpr double kTraceClarity = 0.6;
+constexpr double kTraceShare = 0.03;
 // Frequency ratios within this relative distance of a whole number count as harmonic.
 constexpr double kHarmonicTolerance = 0.03;
 
@@ -83,6 +87,14 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
     chosen.frequency = residual;
     chosen.clarity = view.residualClarity;
     return chosen;
+}
+
+bool ResidualHoldsAnother(const MixtureView& view) noexcept
+{
+    return view.residualFrequency > 0.0 && view.residualClarity >= kTraceClarity &&
+           view.residualShare >= kTraceShare &&
+           (view.frequency <= 0.0 ||
+            Semitones(view.residualFrequency, view.frequency) >= kAgreeSpan);
 }
 
 Hidden HiddenByMixture(const MixtureView& view, double sounding, double replaced, double cancelled) noexcept

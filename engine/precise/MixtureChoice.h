@@ -27,6 +27,10 @@ struct MixtureView {
 // may have left its last pitch well off the pitch its tail rings at.
 MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous, double previousNote) noexcept;
 
+// Whether what is left with the ringing note cancelled holds any trace of a sound other than
+// the input's own estimate: periodic as a held note is, and more than a cancelled note leaves.
+bool ResidualHoldsAnother(const MixtureView& view) noexcept;
+
 enum class Hidden {
     No,
     // the note the sounding one replaced (`replaced`, 0 when it no longer rings), or a blend

@@ -96,7 +96,9 @@ constexpr double kGapSeconds = 0.008;
 constexpr double kDropoutSeconds = 0.025;
 // After an attack or a break, the note it interrupted may only start again on a clearly
 // periodic sound: the overlap of a released note with its successor still shows the old pitch
-// for a few periods, and that must not strike the old note once more.
+// for a few periods, and that must not strike the old note once more. An attack with no trace
+// of any other pitch left once the old note is cancelled is that note struck again, and starts
+// as any note does.
 constexpr double kRestrikeClarity = 0.95;
 // An attack re-strikes only a note that has sounded this long; 20 notes per second is about
 // the fastest anyone re-articulates one pitch.
@@ -235,7 +237,9 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
         return;
     }
     // A residual has passed its own tests (MixtureChoice.h).
-    const double clarity = f.fromResidual ? 0.0 : nearest == interruptedNote_ ? kRestrikeClarity : kStartClarity;
+    const double clarity = f.fromResidual              ? 0.0
+                           : nearest == interruptedNote_ ? RestrikeClarity(f)
+                                                         : kStartClarity;
     const bool justBegun = sinceOnset_ < Samples(kOnsetSeconds, s.sampleRate);
     const bool voiced = f.frequency > 0.0 && f.clarity >= clarity && f.level > StartLevel(s) &&
                         !(justBegun && Arriving(s, pitch - nearest));
@@ -334,6 +338,13 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
         ClearCandidate();
     }
     WriteBendAndExpression(s, f, pitch, out);
+}
+
+double NoteDecider::RestrikeClarity(const FrameFeatures& f) const noexcept
+{
+    const MixtureView view{f.frequency, f.clarity, f.residualFrequency, f.residualClarity,
+                           f.residualShare};
+    return attackSinceEnd_ && !ResidualHoldsAnother(view) ? kStartClarity : kRestrikeClarity;
 }
 
 double NoteDecider::StartLevel(const PreciseSettings& s) const noexcept

@@ -61,6 +61,8 @@ private:
     void DecideIdle(const PreciseSettings& s, const FrameFeatures& f, double pitch, WFETMidiOut* out) noexcept;
     void DecideSounding(const PreciseSettings& s, const FrameFeatures& f, double pitch, WFETMidiOut* out) noexcept;
     void FollowRinging(const PreciseSettings& s, const FrameFeatures& frame) noexcept;
+    // The periodicity the note an attack or a break interrupted needs to start again.
+    double RestrikeClarity(const FrameFeatures& f) const noexcept;
     // The level a note must exceed to start: the start level, or less in a quiet performance.
     double StartLevel(const PreciseSettings& s) const noexcept;
     // The level a sounding note must stay above: the hold level, or less in a quiet performance.

@@ -16,17 +16,26 @@ TEST(PreciseNoteEvents, RepeatedNotesAreEachStruckAfterAGapADipOrALegatoAttack) 
     EXPECT_EQ(Track(*MakeTracker(), gapped).NoteNumbers(), (std::vector<int>{57, 57, 57, 57}));
     // No silence between: each note starts 18 dB below the old one's end and rises within 10 ms,
     // with a new phase, as a re-articulated note does.
-    std::vector<int16_t> legato;
-    for (int i = 0; i < 4; ++i) {
+    const auto rearticulated = [](int phase) {
         std::vector<int16_t> n = Harmonic(62, 0.25);
         for (size_t k = 0; k < n.size(); ++k) {
             const double t = k / 44100.0;
             const double gain = t < 0.01 ? 0.125 + 0.875 * t / 0.01 : 1.0 - 0.6 * (t - 0.01) / 0.24;
             n[k] = Saturate(n[k] * gain);
         }
-        legato.insert(legato.end(), n.begin() + 37 * i, n.end());
-    }
+        return std::vector<int16_t>(n.begin() + 37 * phase, n.end());
+    };
+    const auto legato =
+        Concat({rearticulated(0), rearticulated(1), rearticulated(2), rearticulated(3)});
     EXPECT_EQ(Track(*MakeTracker(), legato).NoteNumbers(), (std::vector<int>{62, 62, 62, 62}));
+    // Breathy: the new note is less periodic than the note it interrupts must be to start again,
+    // but an attack with no other pitch left once that note is cancelled is that note again.
+    for (double breathDb : {-16.0, -14.0, -12.0}) {
+        const auto breathy =
+            Concat({rearticulated(0), AddNoise(rearticulated(1), breathDb), Silence(0.05)});
+        EXPECT_EQ(Track(*MakeTracker(), breathy).NoteNumbers(), (std::vector<int>{62, 62}))
+            << breathDb;
+    }
     // Tongued without a gap: the level sinks by 8 dB over 20 ms and takes 25 ms to come back to
     // 1 dB below where it was, while the waveform runs on unbroken.
     std::vector<int16_t> tongued = Padded(Harmonic(69, 0.6));
