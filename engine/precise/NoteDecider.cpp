@@ -122,6 +122,12 @@ constexpr double kClearlyNewSpan = 0.5;
 // the input has grown as much. The beating of a tail with the next note, and the pitch a
 // vibrato that goes on swinging leaves after the cancelling, must not bring it back.
 constexpr double kRegrowth = 4.0;
+// Two notes a semitone or a tone apart beat in what is left with the newer one cancelled, its
+// power swinging by 10-15 dB within a beat (16 beats a second and more for a semitone from
+// middle C up). The tail's level is the envelope of those swings, which sinks at most this
+// fast (dB per second): about 6 dB from one beat to the next, so a beat never reads as the
+// tail growing again, while the note before struck anew comes back well over it.
+constexpr double kTailFallDbPerSecond = 100.0;
 // Pitches closer than this (semitones) belong to the same note.
 constexpr double kSameNote = 0.75;
 // A note that is less than perfectly periodic is an ensemble (voices beating against each
@@ -402,7 +408,17 @@ void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& f
     }
     const bool sameCancelled =
         ringingFrequency_ > 0.0 && tailFrequency_ > 0.0 && SameNote(ringingFrequency_, tailFrequency_);
-    tailFloor_ = sameCancelled ? std::min(tailFloor_, frame.residualPower) : frame.residualPower;
+    // On the frame the cancelled note changes, what is left was computed for the note before:
+    // the tail's level is known from the next frame on.
+    if (sameCancelled) {
+        const double seconds = frame.samples / s.sampleRate;
+        const double fall = std::pow(10.0, -kTailFallDbPerSecond * seconds / 10.0);
+        tailPeak_ = std::max(frame.residualPower, tailPeak_ * fall);
+        tailFloor_ = std::min(tailFloor_, tailPeak_);
+    } else {
+        tailPeak_ = 0.0;
+        tailFloor_ = std::numeric_limits<double>::infinity();
+    }
     tailFrequency_ = ringingFrequency_;
 }
 
@@ -559,17 +575,20 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
         vibrato_.Reset();
     }
     // A note started while another still rings replaces it; that one is cancelled until the
-    // new note dominates.
-    replacedFrequency_ =
-        ringingFrequency_ > 0.0 && std::abs(12.0 * std::log2(f.frequency / ringingFrequency_)) >= kSameNote
-            ? ringingFrequency_
-            : 0.0;
+    // new note dominates. A legato change to another note always does, however close vibrato,
+    // a scoop or the blend of the two has pulled the old note's last pitch to the new one.
+    const bool ringing = ringingFrequency_ > 0.0;
+    const bool changed = sounding_ && note != note_;
+    const bool apart =
+        ringing && std::abs(12.0 * std::log2(f.frequency / ringingFrequency_)) >= kSameNote;
+    replacedFrequency_ = ringing && (changed || apart) ? ringingFrequency_ : 0.0;
     previousFrequency_ = replacedFrequency_;
     // Vibrato, a scoop or the blend with this note may have pulled that one's last pitch
     // halfway to a neighbour; its own note tells what its tail will sound like.
     previousNominal_ = replacedFrequency_ > 0.0 ? s.refPitch * std::exp2((note_ - 69) / 12.0) : 0.0;
     stepFrom_ = sounding_ ? note_ : -1;
     ringSamples_ = 0;
+    tailFrequency_ = 0.0; // what is left with the new note cancelled is followed afresh
     interruptedNote_ = -1;
     releasedNote_ = -1;
     sounding_ = true;

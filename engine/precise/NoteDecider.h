@@ -141,8 +141,10 @@ private:
     uint64_t arrivalMove_ = 0; // how long it had moved so when it came within a tenth of a note
     bool intoNote_ = false;    // whether it is within that tenth now
     VibratoWatch vibrato_;
-    // The lowest power left with the note `tailFrequency_` cancelled since the analysis began
-    // to cancel it: the tail of the note before that one, while it still rings.
+    // The envelope of the power left with the note `tailFrequency_` cancelled, and its lowest
+    // since the analysis began to cancel that note: the tail of the note before that one, while
+    // it still rings.
+    double tailPeak_ = 0.0;
     double tailFloor_ = 0.0;
     double tailFrequency_ = 0.0;
     double loudest_ = 0.0; // peak level of the clearly periodic input lately, 16-bit scale
