@@ -117,9 +117,9 @@ constexpr double kSubharmonicSeconds = 0.15;
 constexpr double kClearlyNew = 0.95;
 constexpr double kClearlyNewSpan = 0.5;
 // A released note only fades: with the sounding note cancelled, the pitch of the note before
-// is that one's tail until what is left has grown this much (6 dB) above its lowest since, and
-// after a release, what the input shows within the released note's swings is its tail until
-// the input has grown as much. The beating of a tail with the next note, and the pitch a
+// is that one's tail until what is left has grown this much (6 dB) above the lowest of its
+// envelope since (below), and after a release, what the input shows within the released
+// note's swings is its tail until the input has grown as much. The beating of a tail with the next note, and the pitch a
 // vibrato that goes on swinging leaves after the cancelling, must not bring it back.
 constexpr double kRegrowth = 4.0;
 // Two notes a semitone or a tone apart beat in what is left with the newer one cancelled, its

@@ -145,7 +145,7 @@ private:
     // since the analysis began to cancel that note: the tail of the note before that one, while
     // it still rings.
     double tailPeak_ = 0.0;
-    double tailFloor_ = 0.0;
+    double tailFloor_ = std::numeric_limits<double>::infinity();
     double tailFrequency_ = 0.0;
     double loudest_ = 0.0; // peak level of the clearly periodic input lately, 16-bit scale
     // Since that input was last above the floor of every start; never, to begin with.
