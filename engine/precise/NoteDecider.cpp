@@ -280,9 +280,11 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     noteSamples_ += f.samples;
     // An attack or a break seen during a short dropout still counts once the sound is back.
     const bool settled = noteSamples_ >= Samples(kMinNoteSeconds, s.sampleRate);
-    // The periodicity of a residual is not comparable with that of the whole input.
+    // The periodicity of a residual is not comparable with that of the whole input. Nor does a
+    // dip break the note while the note it replaced still dominates the input: the two beat,
+    // and the periodicity of their mixture sinks and recovers with no new excitation.
     const double breakAt = std::min(kBreakRatio * noteClarity_, noteClarity_ - kBreakDeviations * clarityDeviation_);
-    const bool broken = !f.fromResidual && f.clarity < breakAt;
+    const bool broken = !f.fromResidual && replacedFrequency_ <= 0.0 && f.clarity < breakAt;
     if (settled && (f.attack || broken)) {
         interrupted_ = true;
     }
