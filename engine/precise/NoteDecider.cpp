@@ -119,8 +119,9 @@ constexpr double kClearlyNewSpan = 0.5;
 // A released note only fades: with the sounding note cancelled, the pitch of the note before
 // is that one's tail until what is left has grown this much (6 dB) above the lowest of its
 // envelope since (below), and after a release, what the input shows within the released
-// note's swings is its tail until the input has grown as much. The beating of a tail with the next note, and the pitch a
-// vibrato that goes on swinging leaves after the cancelling, must not bring it back.
+// note's swings is its tail until the input has grown as much. The beating of a tail with the
+// next note, and the pitch a vibrato that goes on swinging leaves after the cancelling, must
+// not bring it back.
 constexpr double kRegrowth = 4.0;
 // Two notes a semitone or a tone apart beat in what is left with the newer one cancelled, its
 // power swinging by 10-15 dB within a beat (16 beats a second and more for a semitone from
@@ -157,6 +158,11 @@ double PitchOf(double frequency, double refPitch)
     return 69.0 + 12.0 * std::log2(frequency / refPitch);
 }
 
+MixtureView MixtureOf(const FrameFeatures& f)
+{
+    return {f.frequency, f.clarity, f.residualFrequency, f.residualClarity, f.residualShare};
+}
+
 int Nearest(double pitch) { return static_cast<int>(std::floor(pitch + 0.5)); }
 
 bool SameNote(double a, double b) { return std::abs(12.0 * std::log2(a / b)) < kSameNote; }
@@ -185,8 +191,7 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
 {
     out->noteOff = -1;
     out->noteOn = -1;
-    const MixtureView view{frame.frequency, frame.clarity, frame.residualFrequency, frame.residualClarity,
-                           frame.residualShare};
+    const MixtureView view = MixtureOf(frame);
     const MixtureView chosen = ChooseSource(view, ringingFrequency_, previousFrequency_,
                                             TailRegrows(frame) ? 0.0 : previousNominal_);
     FrameFeatures f = frame;
@@ -350,9 +355,8 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
 
 double NoteDecider::RestrikeClarity(const FrameFeatures& f) const noexcept
 {
-    const MixtureView view{f.frequency, f.clarity, f.residualFrequency, f.residualClarity,
-                           f.residualShare};
-    return attackSinceEnd_ && !ResidualHoldsAnother(view) ? kStartClarity : kRestrikeClarity;
+    const bool restruck = attackSinceEnd_ && !ResidualHoldsAnother(MixtureOf(f));
+    return restruck ? kStartClarity : kRestrikeClarity;
 }
 
 double NoteDecider::StartLevel(const PreciseSettings& s) const noexcept

@@ -291,45 +291,44 @@ TEST(PreciseTracking, NoteReleasedIntoTheNextIsFoundWhileTheOldOneStillRings) {
         ASSERT_EQ(run.NoteNumbers(), (std::vector<int>{from, to})) << from << " to " << to;
         EXPECT_LT(run.notes[1].onFrame * 16 / 44100.0 - 0.4, 0.05) << from << " to " << to;
     }
-    // With a vibrato on both, what is left with the old note cancelled may repeat only at a
-    // multiple of the new note's period; the new note, which the input itself shows, is the note.
+    // Sung notes with a vibrato: the old one fades by 1/e every `fade` seconds under the next,
+    // which rises in `rise` seconds.
     struct Sung {
+        double lowest, highest;
         int from, to;
-        double cents;
+        double cents, oldSeconds, nextSeconds, fade, rise;
     };
-    for (const Sung c : {Sung{93, 95, 30}, Sung{97, 95, 30}, Sung{96, 98, 50}, Sung{97, 99, 50}}) {
+    const auto sungNotes = [](const Sung& c) {
         const auto sung = [&c](int note, double seconds) {
             return Render({.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = -8,
                            .harmonics = {1, 0.5, 0.3}, .vibratoCents = c.cents, .vibratoHz = 5.5});
         };
-        const auto mixture = ReleasedInto(sung(c.from, 1.0), sung(c.to, 0.6), 0.1, 0.06);
-        const auto tracker = MakeTracker({.minNote = 55, .maxNote = 103});
-        const TrackRun run = Track(*tracker, Concat({mixture, Silence(0.1)}));
-        EXPECT_EQ(run.NoteNumbers(), (std::vector<int>{c.from, c.to})) << c.from << " to " << c.to;
+        const auto mixture =
+            ReleasedInto(sung(c.from, c.oldSeconds), sung(c.to, c.nextSeconds), c.fade, c.rise);
+        const auto tracker = MakeTracker({.minNote = c.lowest, .maxNote = c.highest});
+        return Track(*tracker, Concat({mixture, Silence(0.1)})).NoteNumbers();
+    };
+    // With a vibrato on both, what is left with the old note cancelled may repeat only at a
+    // multiple of the new note's period; the new note, which the input itself shows, is the note.
+    for (const Sung c : {Sung{55, 103, 93, 95, 30, 1.0, 0.6, 0.1, 0.06},
+                         Sung{55, 103, 97, 95, 30, 1.0, 0.6, 0.1, 0.06},
+                         Sung{55, 103, 96, 98, 50, 1.0, 0.6, 0.1, 0.06},
+                         Sung{55, 103, 97, 99, 50, 1.0, 0.6, 0.1, 0.06}}) {
+        EXPECT_EQ(sungNotes(c), (std::vector<int>{c.from, c.to})) << c.from << " to " << c.to;
     }
     // A vibrato note fading for 200 ms under its neighbour: the two beat in what is left with
     // the new note cancelled, and the old note's last pitch, pulled towards the new one, is
     // still the note it replaced. Its tail must not come back as a note. Fading for 500 ms (a
     // long release, a room) it beats with the new note in the input itself, whose periodicity
     // sinks and recovers while the old note dominates: no new note either.
-    struct Fading {
-        double lowest, highest;
-        int from, to;
-        double cents, fade, rise;
-    };
-    for (const Fading c :
-         {Fading{36, 72, 48, 49, 30, 0.2, 0.06}, Fading{36, 72, 53, 52, 30, 0.2, 0.06},
-          Fading{36, 72, 63, 65, 30, 0.2, 0.03}, Fading{55, 103, 66, 67, 50, 0.2, 0.03},
-          Fading{55, 103, 74, 73, 30, 0.2, 0.03}, Fading{36, 72, 57, 61, 0, 0.5, 0.03},
-          Fading{55, 103, 64, 68, 20, 0.5, 0.03}}) {
-        const auto sung = [&c](int note, double seconds) {
-            return Render({.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = -8,
-                           .harmonics = {1, 0.5, 0.3}, .vibratoCents = c.cents, .vibratoHz = 5.5});
-        };
-        const auto mixture = ReleasedInto(sung(c.from, 0.8), sung(c.to, 0.5), c.fade, c.rise);
-        const auto tracker = MakeTracker({.minNote = c.lowest, .maxNote = c.highest});
-        const TrackRun run = Track(*tracker, Concat({mixture, Silence(0.1)}));
-        EXPECT_EQ(run.NoteNumbers(), (std::vector<int>{c.from, c.to})) << c.from << " to " << c.to;
+    for (const Sung c : {Sung{36, 72, 48, 49, 30, 0.8, 0.5, 0.2, 0.06},
+                         Sung{36, 72, 53, 52, 30, 0.8, 0.5, 0.2, 0.06},
+                         Sung{36, 72, 63, 65, 30, 0.8, 0.5, 0.2, 0.03},
+                         Sung{55, 103, 66, 67, 50, 0.8, 0.5, 0.2, 0.03},
+                         Sung{55, 103, 74, 73, 30, 0.8, 0.5, 0.2, 0.03},
+                         Sung{36, 72, 57, 61, 0, 0.8, 0.5, 0.5, 0.03},
+                         Sung{55, 103, 64, 68, 20, 0.8, 0.5, 0.5, 0.03}}) {
+        EXPECT_EQ(sungNotes(c), (std::vector<int>{c.from, c.to})) << c.from << " to " << c.to;
     }
 }
 
