@@ -272,8 +272,8 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
     // neighbour of that note is still its tail; a new note shows with the old one cancelled.
     const bool releasedTail =
         releasedNote_ >= 0 && std::abs(candidate_ - releasedNote_) == 1 && !f.fromResidual && f.faded;
-    if (candidateSamples_ >= Samples(kConfirmSeconds, s.sampleRate) && !ownTail && !releasedTail &&
-        !InSwingingTail(s, f)) {
+    const bool confirmed = candidateSamples_ >= Samples(kConfirmSeconds, s.sampleRate);
+    if (confirmed && ShowsCandidate(pitch) && !ownTail && !releasedTail && !InSwingingTail(s, f)) {
         StartNote(s, f, candidate_, out);
         WriteBendAndExpression(s, f, pitch, out);
     }
@@ -340,7 +340,8 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
         // swinging back across the step, not the new note's attack settling: it changes the
         // note only as it would change a settled one.
         const bool back = candidate_ == stepFrom_;
-        if (candidateSamples_ >= ChangeSamples(s, pitch, settled || back) && !Glides()) {
+        const bool confirmed = candidateSamples_ >= ChangeSamples(s, pitch, settled || back);
+        if (confirmed && ShowsCandidate(pitch) && !Glides()) {
             out->noteOff = static_cast<int16_t>(note_);
             StartNote(s, f, candidate_, out);
         }
@@ -436,8 +437,8 @@ void NoteDecider::ClearCandidate() noexcept
 
 void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples, uint32_t patience) noexcept
 {
-    const bool near = candidate_ >= 0 && std::abs(pitch - candidate_) <= kCandidateReach;
-    if (near && std::max(candidateHigh_, pitch) - std::min(candidateLow_, pitch) <= kSteadySpan) {
+    const double span = std::max(candidateHigh_, pitch) - std::min(candidateLow_, pitch);
+    if (ShowsCandidate(pitch) && span <= kSteadySpan) {
         candidateSamples_ += samples;
         candidateMisses_ = 0;
         candidateLow_ = std::min(candidateLow_, pitch);
@@ -459,6 +460,11 @@ void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples, ui
     candidateLow_ = candidateHigh_ = pitch;
     rival_ = -1;
     rivalSamples_ = 0;
+}
+
+bool NoteDecider::ShowsCandidate(double pitch) const noexcept
+{
+    return candidate_ >= 0 && std::abs(pitch - candidate_) <= kCandidateReach;
 }
 
 void NoteDecider::FollowPitch(const PreciseSettings& s, double pitch, uint32_t samples) noexcept

@@ -73,6 +73,10 @@ private:
     // one struck anew, not its fading tail.
     bool TailRegrows(const FrameFeatures& f) const noexcept;
     void TrackCandidate(int nearest, double pitch, uint32_t samples, uint32_t patience) noexcept;
+    // Whether a frame at `pitch` shows the candidate. A frame of a rival only pauses the
+    // candidate, and a note never starts on one: the input already shows something else there
+    // (a glide arriving beyond the note on its way, the next note rising under a ringing tail).
+    bool ShowsCandidate(double pitch) const noexcept;
     // The pitch, followed quickly and slowly; the two part while it glides.
     void FollowPitch(const PreciseSettings& s, double pitch, uint32_t samples) noexcept;
     // How fast the pitch moves (semitones per second, signed): a steady glide keeps the two

@@ -369,6 +369,19 @@ TEST(PreciseTracking, SlideIsFollowedOnArrivalWithoutTheNotesOnTheWay) {
         ASSERT_EQ(run.NoteNumbers(), (std::vector<int>{c.from, c.to})) << c.from << " to " << c.to;
         EXPECT_LT(run.notes[1].onFrame * 16 / 44100.0 - 0.4 - c.slideSeconds, 0.01) << c.from << " to " << c.to;
     }
+    // A singer's glide slows as it arrives, and a singer who is a third of a semitone flat
+    // (rising) or sharp (falling) lands each step that much short: the note on the way is held
+    // longer, and lies closer to where the glide arrives. Still only the note sung is a note.
+    for (auto [from, to] : {std::pair{57, 60}, std::pair{60, 58}, std::pair{60, 63}, std::pair{64, 62},
+                            std::pair{64, 67}, std::pair{67, 65}, std::pair{67, 69}}) {
+        const double off = to > from ? -0.3 : 0.3;
+        const auto easing = [from, to, off](double t) {
+            const double left = std::clamp(1.0 - (t - 0.4) / 0.03, 0.0, 1.0);
+            return to + off + (from - to) * left * left;
+        };
+        const TrackRun run = Track(*MakeTracker(), Concat({Gliding(easing, 0.83, 10000), Silence(0.1)}));
+        EXPECT_EQ(run.NoteNumbers(), (std::vector<int>{from, to})) << from << " to " << to;
+    }
 }
 
 // A singer begins a note from below and rises into it, fast at first and slowing as the pitch
