@@ -192,8 +192,12 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
     out->noteOff = -1;
     out->noteOn = -1;
     const MixtureView view = MixtureOf(frame);
-    const MixtureView chosen = ChooseSource(view, ringingFrequency_, previousFrequency_,
-                                            TailRegrows(frame) ? 0.0 : previousNominal_);
+    // Once what is left grows again, the note before has been struck anew (a neighbour note
+    // and back): neither its last pitch nor its note number is a tail any longer.
+    const bool regrows = TailRegrows(frame);
+    const double previous = regrows ? 0.0 : previousFrequency_;
+    const MixtureView chosen =
+        ChooseSource(view, ringingFrequency_, previous, regrows ? 0.0 : previousNominal_);
     FrameFeatures f = frame;
     f.frequency = chosen.frequency;
     f.clarity = chosen.clarity;

@@ -248,11 +248,12 @@ TEST(PreciseTracking, OctaveLeapsAndAPortamentoAreFollowedInOrder) {
     EXPECT_TRUE(std::is_sorted(notes.begin(), notes.end()));
 }
 
-// `old` sounds alone for 0.4 s, then fades by 1/e every `fadeSeconds` while `next` rises
+// `old` sounds alone for `oldSeconds`, then fades by 1/e every `fadeSeconds` while `next` rises
 // linearly to full level over `riseSeconds`; the result lasts until `next` ends.
 std::vector<int16_t> ReleasedInto(const std::vector<int16_t>& old, const std::vector<int16_t>& next,
-                                  double fadeSeconds, double riseSeconds, double rate = 44100) {
-    const auto change = static_cast<size_t>(0.4 * rate);
+                                  double fadeSeconds, double riseSeconds, double rate = 44100,
+                                  double oldSeconds = 0.4) {
+    const auto change = static_cast<size_t>(oldSeconds * rate);
     std::vector<int16_t> mixture(change + next.size());
     for (size_t i = 0; i < mixture.size(); ++i) {
         const double t = (double(i) - double(change)) / rate;
@@ -329,6 +330,32 @@ TEST(PreciseTracking, NoteReleasedIntoTheNextIsFoundWhileTheOldOneStillRings) {
                          Sung{36, 72, 57, 61, 0, 0.8, 0.5, 0.5, 0.03},
                          Sung{55, 103, 64, 68, 20, 0.8, 0.5, 0.5, 0.03}}) {
         EXPECT_EQ(sungNotes(c), (std::vector<int>{c.from, c.to})) << c.from << " to " << c.to;
+    }
+}
+
+// A neighbour note and back (a turn, a trill's first notes), each note its own voice that
+// fades under the next with an 80 ms time constant: while the middle note sounds, the first
+// one still rings, and with the middle one cancelled it is that one's tail. Its return grows
+// out of that tail, and must be found within 50 ms all the same.
+TEST(PreciseTracking, NeighbourNoteAndBackIsFoundWhileTheFirstStillRings) {
+    const std::pair<int, int> turns[] = {{48, 51}, {55, 57}, {55, 58}, {64, 61},
+                                         {64, 62}, {64, 66}, {69, 71}, {69, 72}};
+    for (auto [note, neighbour] : turns) {
+        for (double cents : {0.0, 30.0}) {
+            const auto tone = [cents](int n, double seconds) {
+                return Render({.frequency = NoteFrequency(n), .seconds = seconds, .levelDb = -8,
+                               .harmonics = {1, 0.5, 0.3}, .vibratoCents = cents,
+                               .vibratoHz = 5.5});
+            };
+            const auto back =
+                ReleasedInto(tone(neighbour, 1.0), tone(note, 0.5), 0.08, 0.03, 44100, 0.25);
+            const auto turn = ReleasedInto(tone(note, 1.2), back, 0.08, 0.03);
+            const auto tracker = MakeTracker({.minNote = 36, .maxNote = 84});
+            const TrackRun run = Track(*tracker, Concat({turn, Silence(0.1)}));
+            ASSERT_EQ(run.NoteNumbers(), (std::vector<int>{note, neighbour, note}))
+                << note << " " << neighbour;
+            EXPECT_LT(run.notes[2].onFrame * 16 / 44100.0 - 0.65, 0.05) << note << " " << neighbour;
+        }
     }
 }
 
