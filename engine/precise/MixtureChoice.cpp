@@ -22,6 +22,10 @@ constexpr double kBlendSpan = 2.5;
 // one: where that agrees with the input's own estimate to within a quarter tone, the estimate
 // is the new note and no blend.
 constexpr double kAgreeSpan = 0.5;
+// The comb cancels a note only at its own period: an input whose own estimate lies this far
+// (semitones) from the cancelled pitch is not that note alone, but shows a note close to it
+// blending in.
+constexpr double kOwnMoved = 0.25;
 // A trace of another sound: as periodic as a held note must stay, and above the -15 dB a well
 // cancelled steady note leaves.
 constexpr double kTraceClarity = 0.6;
@@ -79,6 +83,17 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
         MixtureView own = view;
         own.clarity = std::max(view.clarity, view.residualClarity);
         return own;
+    }
+    // So does a note a semitone from the cancelled one: the comb takes its fundamental down
+    // with the old note's, and what is left repeats at a multiple of its period. The input's
+    // own estimate, the blend of the two, still counts as the old note, but has moved towards
+    // the new one; the new note is the multiple of what is left nearest that estimate.
+    const bool ownMoved = view.frequency > 0.0 && Semitones(view.frequency, cancelled) >= kOwnMoved;
+    if (ownRepeatsInIt && ownMoved) {
+        MixtureView chosen = view;
+        chosen.frequency = residual * std::round(view.frequency / residual);
+        chosen.clarity = view.residualClarity;
+        return chosen;
     }
     if (!ownIsOld && !ownIsCommon && !ownIsBlend && view.clarity >= view.residualClarity) {
         return view;

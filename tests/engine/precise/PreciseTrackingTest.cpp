@@ -359,6 +359,24 @@ TEST(PreciseTracking, NeighbourNoteAndBackIsFoundWhileTheFirstStillRings) {
     }
 }
 
+// A bright tone whose second harmonic outweighs its fundamental (a trumpet's), released in 40 ms
+// into its semitone neighbour: the comb that cancels the old note takes most of the new one's
+// fundamental with it, and what is left repeats at two or three of the new note's periods. That
+// is the new note, not a note an octave or a twelfth below it.
+TEST(PreciseTracking, SemitoneStepOfABrightToneIsNotTakenForItsSubharmonic) {
+    const std::pair<int, int> steps[] = {{73, 74}, {75, 74}, {75, 76}, {76, 77}, {78, 79}};
+    for (auto [from, to] : steps) {
+        const auto bright = [](int note, double seconds) {
+            return Render({.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = -8,
+                           .harmonics = {0.3, 1, 0.8, 0.8, 0.6, 0.5, 0.4, 0.3, 0.2}});
+        };
+        const auto mixture = ReleasedInto(bright(from, 0.8), bright(to, 0.5), 0.04, 0.02);
+        const auto tracker = MakeTracker({.minNote = 40, .maxNote = 84});
+        const TrackRun run = Track(*tracker, Concat({mixture, Silence(0.1)}));
+        EXPECT_EQ(run.NoteNumbers(), (std::vector<int>{from, to})) << from << " to " << to;
+    }
+}
+
 // A violin's high register through a 48 or 96 kHz interface: the analysis must not lose the
 // precision it has at 44.1 kHz, where these changes are found.
 TEST(PreciseTracking, HighNotesReleasedIntoTheNextAreFoundAtOtherRatesAsAt44kHz) {
