@@ -132,9 +132,10 @@ def add_shared_latency(results):
     for label in labels:
         lat = []
         for file_id, own in results[label]["files"].items():
-            found = [{r for r, _ in results[other]["files"][file_id]["onset_matches"]}
-                     for other in labels]
-            lat += [x for r, x in own["onset_matches"] if r in set.intersection(*found)]
+            matched = ({r for r, _ in results[other]["files"][file_id]["onset_matches"]}
+                       for other in labels)
+            shared = set.intersection(*matched)
+            lat += [x for r, x in own["onset_matches"] if r in shared]
         results[label]["overall"].update(shared_notes=len(lat),
                                          latency_shared_median=_percentile(lat, 50),
                                          latency_shared_p90=_percentile(lat, 90))

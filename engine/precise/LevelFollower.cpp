@@ -1,5 +1,7 @@
 #include "LevelFollower.h"
 
+#include "SinkingPeak.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -82,7 +84,7 @@ LevelFollower::Events LevelFollower::Follow(double power, uint32_t samples, doub
     const double margin = std::pow(10.0, marginDb / 10.0);
     const double seconds = double(samples) / rate_;
     const double floor = FollowFloor(power, seconds);
-    ceilingPower_ = std::max(power, ceilingPower_ * std::pow(10.0, -kCeilingFallDbPerSecond * seconds / 10.0));
+    ceilingPower_ = SinkingPeak(ceilingPower_, power, kCeilingFallDbPerSecond, seconds);
     Events events;
     events.faded = power * margin < kFadedRatio * ceilingPower_;
     if (power < kSilentPower) {

@@ -88,8 +88,7 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
     // with the old note's, and what is left repeats at a multiple of its period. The input's
     // own estimate, the blend of the two, still counts as the old note, but has moved towards
     // the new one; the new note is the multiple of what is left nearest that estimate.
-    const bool ownMoved = view.frequency > 0.0 && Semitones(view.frequency, cancelled) >= kOwnMoved;
-    if (ownRepeatsInIt && ownMoved) {
+    if (ownRepeatsInIt && Semitones(view.frequency, cancelled) >= kOwnMoved) {
         MixtureView chosen = view;
         chosen.frequency = residual * std::round(view.frequency / residual);
         chosen.clarity = view.residualClarity;

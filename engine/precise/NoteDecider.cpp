@@ -1,6 +1,7 @@
 #include "NoteDecider.h"
 
 #include "MixtureChoice.h"
+#include "SinkingPeak.h"
 
 #include <algorithm>
 #include <cmath>
@@ -423,8 +424,7 @@ void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& f
     // the tail's level is known from the next frame on.
     if (sameCancelled) {
         const double seconds = frame.samples / s.sampleRate;
-        const double fall = std::pow(10.0, -kTailFallDbPerSecond * seconds / 10.0);
-        tailPeak_ = std::max(frame.residualPower, tailPeak_ * fall);
+        tailPeak_ = SinkingPeak(tailPeak_, frame.residualPower, kTailFallDbPerSecond, seconds);
         tailFloor_ = std::min(tailFloor_, tailPeak_);
     } else {
         tailPeak_ = 0.0;
