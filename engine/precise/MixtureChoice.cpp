@@ -94,6 +94,18 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
         chosen.clarity = view.residualClarity;
         return chosen;
     }
+    // Or the comb leaves only such a note's upper harmonics, which may repeat at a fraction of
+    // its period (a strong second harmonic at its octave). The input's own estimate, the note
+    // or its blend with the old one, lies as close to the cancelled pitch as two notes that
+    // blend, and what is left is a multiple of it: the new note is what is left divided down
+    // to that estimate, and no common sub-harmonic of the two.
+    const double ownMoved = view.frequency > 0.0 ? Semitones(view.frequency, cancelled) : 0.0;
+    if (ownIsCommon && ownMoved >= kOwnMoved && ownMoved < kBlendSpan) {
+        MixtureView chosen = view;
+        chosen.frequency = residual / std::round(residual / view.frequency);
+        chosen.clarity = view.residualClarity;
+        return chosen;
+    }
     if (!ownIsOld && !ownIsCommon && !ownIsBlend && view.clarity >= view.residualClarity) {
         return view;
     }

@@ -377,6 +377,23 @@ TEST(PreciseTracking, SemitoneStepOfABrightToneIsNotTakenForItsSubharmonic) {
     }
 }
 
+// A tone whose octave partial carries most of its sound and whose odd partials are weak (a
+// recorder's or a flute's attack, a bright organ stop), released into a neighbour a semitone or
+// a tone away: the comb that cancels the old note takes most of the new one's fundamental, and
+// what is left repeats at half the new note's period. That is the new note, not its octave.
+TEST(PreciseTracking, StepOfAToneWithAStrongOctaveIsNotTakenForItsOctave) {
+    const std::pair<int, int> steps[] = {{60, 58}, {61, 59}, {63, 62}, {64, 65}, {67, 68}, {68, 67}, {76, 77}};
+    for (auto [from, to] : steps) {
+        const auto hollow = [](int note, double seconds) {
+            return Render({.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = -8,
+                           .harmonics = {0.4, 1, 0.1, 0.3, 0.05, 0.1}});
+        };
+        const auto mixture = ReleasedInto(hollow(from, 0.8), hollow(to, 0.5), 0.04, 0.02);
+        const TrackRun run = Track(*MakeTracker({.minNote = 55, .maxNote = 96}), Concat({mixture, Silence(0.1)}));
+        EXPECT_EQ(run.NoteNumbers(), (std::vector<int>{from, to})) << from << " to " << to;
+    }
+}
+
 // A violin's high register through a 48 or 96 kHz interface: the analysis must not lose the
 // precision it has at 44.1 kHz, where these changes are found.
 TEST(PreciseTracking, HighNotesReleasedIntoTheNextAreFoundAtOtherRatesAsAt44kHz) {
