@@ -49,6 +49,15 @@ bool ResidualIsASound(const MixtureView& view)
            view.residualShare >= kResidualShare;
 }
 
+// The note the decision should see at `frequency`, as periodic as what is left.
+MixtureView FromResidual(const MixtureView& view, double frequency)
+{
+    MixtureView chosen = view;
+    chosen.frequency = frequency;
+    chosen.clarity = view.residualClarity;
+    return chosen;
+}
+
 } // namespace
 
 MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous, double previousNote) noexcept
@@ -89,10 +98,7 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
     // own estimate, the blend of the two, still counts as the old note, but has moved towards
     // the new one; the new note is the multiple of what is left nearest that estimate.
     if (ownRepeatsInIt && Semitones(view.frequency, cancelled) >= kOwnMoved) {
-        MixtureView chosen = view;
-        chosen.frequency = residual * std::round(view.frequency / residual);
-        chosen.clarity = view.residualClarity;
-        return chosen;
+        return FromResidual(view, residual * std::round(view.frequency / residual));
     }
     // Or the comb leaves only such a note's upper harmonics, which may repeat at a fraction of
     // its period (a strong second harmonic at its octave). The input's own estimate, the note
@@ -100,19 +106,29 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
     // blend, and what is left is a multiple of it: the new note is what is left divided down
     // to that estimate, and no common sub-harmonic of the two.
     const double ownMoved = view.frequency > 0.0 ? Semitones(view.frequency, cancelled) : 0.0;
-    if (ownIsCommon && ownMoved >= kOwnMoved && ownMoved < kBlendSpan) {
-        MixtureView chosen = view;
-        chosen.frequency = residual / std::round(residual / view.frequency);
-        chosen.clarity = view.residualClarity;
-        return chosen;
+    const bool ownNearby = ownMoved >= kOwnMoved && ownMoved < kBlendSpan;
+    if (ownIsCommon && ownNearby) {
+        return FromResidual(view, residual / std::round(residual / view.frequency));
+    }
+    // Or what is left repeats at two or three of such a note's periods: the comb weakens its
+    // fundamental under a partial off its harmonic series (a flute's edge tone at one and a
+    // half times the note, for the first tens of milliseconds). The own estimate, the blend of
+    // the two, has moved from the cancelled pitch towards the new note, which is the multiple
+    // of what is left beyond that estimate and within the blend span.
+    if (ownNearby) {
+        for (const double periods : {2.0, 3.0}) {
+            const double multiple = residual * periods;
+            const double apart = Semitones(multiple, cancelled);
+            const bool beyondOwn = (view.frequency - cancelled) * (multiple - view.frequency) > 0.0;
+            if (apart >= kSameNote && apart < kBlendSpan && beyondOwn) {
+                return FromResidual(view, multiple);
+            }
+        }
     }
     if (!ownIsOld && !ownIsCommon && !ownIsBlend && view.clarity >= view.residualClarity) {
         return view;
     }
-    MixtureView chosen = view;
-    chosen.frequency = residual;
-    chosen.clarity = view.residualClarity;
-    return chosen;
+    return FromResidual(view, residual);
 }
 
 bool ResidualHoldsAnother(const MixtureView& view) noexcept

@@ -7,7 +7,8 @@
 // new (the period of the mixture) or, for close notes, a pitch between the two (their blend),
 // the new sound is the one to follow. What is left that only repeats a note the input itself
 // shows, at a multiple of its period, is that note; so is what is left that repeats at a
-// fraction of the period of a note close to the old one, whose fundamental the cancelling takes.
+// fraction or at two or three of the periods of a note close to the old one, whose fundamental
+// the cancelling takes or weakens.
 //
 // Thread contract: a pure function; audio thread safe.
 #pragma once

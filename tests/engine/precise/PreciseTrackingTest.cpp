@@ -394,6 +394,33 @@ TEST(PreciseTracking, StepOfAToneWithAStrongOctaveIsNotTakenForItsOctave) {
     }
 }
 
+// A blown tone whose attack sounds an edge tone at one and a half times the note for its first
+// tens of milliseconds, released into a neighbour: the comb that cancels the old note weakens
+// the new one's fundamental under the edge tone, and what is left repeats at twice the new
+// note's period. That is the new note, not the octave below it.
+TEST(PreciseTracking, StepOfABlownToneWithAnEdgeToneIsNotTakenForTheOctaveBelow) {
+    const auto blown = [](int note, double seconds) {
+        std::vector<int16_t> out(static_cast<size_t>(seconds * 44100));
+        for (size_t i = 0; i < out.size(); ++i) {
+            const double t = i / 44100.0;
+            const double w = 2 * std::numbers::pi * NoteFrequency(note) * t;
+            const double edge = 0.2 * std::exp(-t / 0.03);
+            out[i] = Saturate(10000 * (std::sin(w) + 0.3 * std::sin(2 * w) + 0.1 * std::sin(3 * w) +
+                                       edge * std::sin(1.5 * w)));
+        }
+        return out;
+    };
+    struct Step {
+        int from, to;
+        double fade, rise;
+    };
+    for (const Step c : {Step{67, 68, 0.04, 0.02}, Step{69, 68, 0.04, 0.05}, Step{74, 75, 0.1, 0.02}}) {
+        const auto mixture = ReleasedInto(blown(c.from, 0.8), blown(c.to, 0.5), c.fade, c.rise);
+        const TrackRun run = Track(*MakeTracker({.minNote = 55, .maxNote = 96}), Concat({mixture, Silence(0.1)}));
+        EXPECT_EQ(run.NoteNumbers(), (std::vector<int>{c.from, c.to})) << c.from << " to " << c.to;
+    }
+}
+
 // A violin's high register through a 48 or 96 kHz interface: the analysis must not lose the
 // precision it has at 44.1 kHz, where these changes are found.
 TEST(PreciseTracking, HighNotesReleasedIntoTheNextAreFoundAtOtherRatesAsAt44kHz) {
