@@ -382,14 +382,16 @@ TEST(PreciseTracking, SemitoneStepOfABrightToneIsNotTakenForItsSubharmonic) {
 // a tone away: the comb that cancels the old note takes most of the new one's fundamental, and
 // what is left repeats at half the new note's period. That is the new note, not its octave.
 TEST(PreciseTracking, StepOfAToneWithAStrongOctaveIsNotTakenForItsOctave) {
-    const std::pair<int, int> steps[] = {{60, 58}, {61, 59}, {63, 62}, {64, 65}, {67, 68}, {68, 67}, {76, 77}};
+    const std::pair<int, int> steps[] = {{60, 58}, {61, 59}, {63, 62}, {64, 65},
+                                         {67, 68}, {68, 67}, {76, 77}};
     for (auto [from, to] : steps) {
         const auto hollow = [](int note, double seconds) {
             return Render({.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = -8,
                            .harmonics = {0.4, 1, 0.1, 0.3, 0.05, 0.1}});
         };
         const auto mixture = ReleasedInto(hollow(from, 0.8), hollow(to, 0.5), 0.04, 0.02);
-        const TrackRun run = Track(*MakeTracker({.minNote = 55, .maxNote = 96}), Concat({mixture, Silence(0.1)}));
+        const auto tracker = MakeTracker({.minNote = 55, .maxNote = 96});
+        const TrackRun run = Track(*tracker, Concat({mixture, Silence(0.1)}));
         EXPECT_EQ(run.NoteNumbers(), (std::vector<int>{from, to})) << from << " to " << to;
     }
 }
@@ -414,9 +416,11 @@ TEST(PreciseTracking, StepOfABlownToneWithAnEdgeToneIsNotTakenForTheOctaveBelow)
         int from, to;
         double fade, rise;
     };
-    for (const Step c : {Step{67, 68, 0.04, 0.02}, Step{69, 68, 0.04, 0.05}, Step{74, 75, 0.1, 0.02}}) {
+    for (const Step c : {Step{67, 68, 0.04, 0.02}, Step{69, 68, 0.04, 0.05},
+                         Step{74, 75, 0.1, 0.02}}) {
         const auto mixture = ReleasedInto(blown(c.from, 0.8), blown(c.to, 0.5), c.fade, c.rise);
-        const TrackRun run = Track(*MakeTracker({.minNote = 55, .maxNote = 96}), Concat({mixture, Silence(0.1)}));
+        const auto tracker = MakeTracker({.minNote = 55, .maxNote = 96});
+        const TrackRun run = Track(*tracker, Concat({mixture, Silence(0.1)}));
         EXPECT_EQ(run.NoteNumbers(), (std::vector<int>{c.from, c.to})) << c.from << " to " << c.to;
     }
 }
