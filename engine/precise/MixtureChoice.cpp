@@ -77,7 +77,8 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
     }
     // The input's own estimate may still be the old note, a common sub-harmonic of both, or
     // anything less periodic than what is left with the old note cancelled.
-    const bool ownIsOld = view.frequency <= 0.0 || Semitones(view.frequency, cancelled) < kSameNote;
+    const double ownMoved = view.frequency > 0.0 ? Semitones(view.frequency, cancelled) : 0.0;
+    const bool ownIsOld = view.frequency <= 0.0 || ownMoved < kSameNote;
     const bool ownIsCommon = view.frequency > 0.0 && WholeRatio(residual / view.frequency);
     // Two notes this close beat, and their mixture repeats at a period between the two that
     // moves as they beat; its periodicity says nothing against the new note.
@@ -97,7 +98,7 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
     // with the old note's, and what is left repeats at a multiple of its period. The input's
     // own estimate, the blend of the two, still counts as the old note, but has moved towards
     // the new one; the new note is the multiple of what is left nearest that estimate.
-    if (ownRepeatsInIt && Semitones(view.frequency, cancelled) >= kOwnMoved) {
+    if (ownRepeatsInIt && ownMoved >= kOwnMoved) {
         return FromResidual(view, residual * std::round(view.frequency / residual));
     }
     // Or the comb leaves only such a note's upper harmonics, which may repeat at a fraction of
@@ -105,7 +106,6 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
     // or its blend with the old one, lies as close to the cancelled pitch as two notes that
     // blend, and what is left is a multiple of it: the new note is what is left divided down
     // to that estimate, and no common sub-harmonic of the two.
-    const double ownMoved = view.frequency > 0.0 ? Semitones(view.frequency, cancelled) : 0.0;
     const bool ownNearby = ownMoved >= kOwnMoved && ownMoved < kBlendSpan;
     if (ownIsCommon && ownNearby) {
         return FromResidual(view, residual / std::round(residual / view.frequency));

@@ -197,8 +197,8 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
     // and back): neither its last pitch nor its note number is a tail any longer.
     const bool regrows = TailRegrows(frame);
     const double previous = regrows ? 0.0 : previousFrequency_;
-    const MixtureView chosen =
-        ChooseSource(view, ringingFrequency_, previous, regrows ? 0.0 : previousNominal_);
+    const double previousNote = regrows ? 0.0 : previousNominal_;
+    const MixtureView chosen = ChooseSource(view, ringingFrequency_, previous, previousNote);
     FrameFeatures f = frame;
     f.frequency = chosen.frequency;
     f.clarity = chosen.clarity;

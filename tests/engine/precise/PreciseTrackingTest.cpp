@@ -263,6 +263,14 @@ std::vector<int16_t> ReleasedInto(const std::vector<int16_t>& old, const std::ve
     return mixture;
 }
 
+// The notes tracked when `tone(from, 0.8 s)` is released into `tone(to, 0.5 s)`, fading and
+// rising as ReleasedInto does, with the given tracker setup.
+std::vector<int> StepNotes(const std::function<std::vector<int16_t>(int, double)>& tone, int from,
+                           int to, double fadeSeconds, double riseSeconds, const Setup& setup) {
+    const auto mixture = ReleasedInto(tone(from, 0.8), tone(to, 0.5), fadeSeconds, riseSeconds);
+    return Track(*MakeTracker(setup), Concat({mixture, Silence(0.1)})).NoteNumbers();
+}
+
 // A released note rings on under the next one and fades with a 100 ms time constant. The
 // mixture of a fourth is periodic in their common period, two octaves below the old note,
 // which must not become a note; the new note must be found while the old one still rings: a
@@ -370,10 +378,9 @@ TEST(PreciseTracking, SemitoneStepOfABrightToneIsNotTakenForItsSubharmonic) {
             return Render({.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = -8,
                            .harmonics = {0.3, 1, 0.8, 0.8, 0.6, 0.5, 0.4, 0.3, 0.2}});
         };
-        const auto mixture = ReleasedInto(bright(from, 0.8), bright(to, 0.5), 0.04, 0.02);
-        const auto tracker = MakeTracker({.minNote = 40, .maxNote = 84});
-        const TrackRun run = Track(*tracker, Concat({mixture, Silence(0.1)}));
-        EXPECT_EQ(run.NoteNumbers(), (std::vector<int>{from, to})) << from << " to " << to;
+        EXPECT_EQ(StepNotes(bright, from, to, 0.04, 0.02, {.minNote = 40, .maxNote = 84}),
+                  (std::vector<int>{from, to}))
+            << from << " to " << to;
     }
 }
 
@@ -389,10 +396,9 @@ TEST(PreciseTracking, StepOfAToneWithAStrongOctaveIsNotTakenForItsOctave) {
             return Render({.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = -8,
                            .harmonics = {0.4, 1, 0.1, 0.3, 0.05, 0.1}});
         };
-        const auto mixture = ReleasedInto(hollow(from, 0.8), hollow(to, 0.5), 0.04, 0.02);
-        const auto tracker = MakeTracker({.minNote = 55, .maxNote = 96});
-        const TrackRun run = Track(*tracker, Concat({mixture, Silence(0.1)}));
-        EXPECT_EQ(run.NoteNumbers(), (std::vector<int>{from, to})) << from << " to " << to;
+        EXPECT_EQ(StepNotes(hollow, from, to, 0.04, 0.02, {.minNote = 55, .maxNote = 96}),
+                  (std::vector<int>{from, to}))
+            << from << " to " << to;
     }
 }
 
@@ -418,10 +424,9 @@ TEST(PreciseTracking, StepOfABlownToneWithAnEdgeToneIsNotTakenForTheOctaveBelow)
     };
     for (const Step c : {Step{67, 68, 0.04, 0.02}, Step{69, 68, 0.04, 0.05},
                          Step{74, 75, 0.1, 0.02}}) {
-        const auto mixture = ReleasedInto(blown(c.from, 0.8), blown(c.to, 0.5), c.fade, c.rise);
-        const auto tracker = MakeTracker({.minNote = 55, .maxNote = 96});
-        const TrackRun run = Track(*tracker, Concat({mixture, Silence(0.1)}));
-        EXPECT_EQ(run.NoteNumbers(), (std::vector<int>{c.from, c.to})) << c.from << " to " << c.to;
+        EXPECT_EQ(StepNotes(blown, c.from, c.to, c.fade, c.rise, {.minNote = 55, .maxNote = 96}),
+                  (std::vector<int>{c.from, c.to}))
+            << c.from << " to " << c.to;
     }
 }
 
