@@ -58,6 +58,13 @@ MixtureView FromResidual(const MixtureView& view, double frequency)
     return chosen;
 }
 
+// The pitch on the harmonic or the sub-harmonic series of `residual` nearest `frequency`.
+double NearestOnSeries(double residual, double frequency)
+{
+    return frequency > residual ? residual * std::round(frequency / residual)
+                                : residual / std::round(residual / frequency);
+}
+
 } // namespace
 
 MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous, double previousNote) noexcept
@@ -94,27 +101,23 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
         own.clarity = std::max(view.clarity, view.residualClarity);
         return own;
     }
-    // So does a note a semitone from the cancelled one: the comb takes its fundamental down
-    // with the old note's, and what is left repeats at a multiple of its period. The input's
-    // own estimate, the blend of the two, still counts as the old note, but has moved towards
-    // the new one; the new note is the multiple of what is left nearest that estimate.
-    if (ownRepeatsInIt && ownMoved >= kOwnMoved) {
-        return FromResidual(view, residual * std::round(view.frequency / residual));
-    }
-    // Or the comb leaves only such a note's upper harmonics, which may repeat at a fraction of
-    // its period (a strong second harmonic at its octave). The input's own estimate, the note
-    // or its blend with the old one, lies as close to the cancelled pitch as two notes that
-    // blend, and what is left is a multiple of it: the new note is what is left divided down
-    // to that estimate, and no common sub-harmonic of the two.
+    // The comb also takes down most of the fundamental of a note close to the cancelled one.
+    // The input's own estimate, that note or its blend with the old one, then lies between a
+    // quarter semitone from the cancelled pitch and the span where two notes blend, and what
+    // is left shows the new note only at a whole multiple or fraction of its period, as the
+    // partials the comb spares happen to fall (a strong second harmonic left alone repeats at
+    // half its period). The new note is the member of what is left's series nearest the own
+    // estimate; a common sub-harmonic of old and new lies an octave or more under the old
+    // note, outside that span.
     const bool ownNearby = ownMoved >= kOwnMoved && ownMoved < kBlendSpan;
-    if (ownIsCommon && ownNearby) {
-        return FromResidual(view, residual / std::round(residual / view.frequency));
+    if (ownNearby && (ownRepeatsInIt || ownIsCommon)) {
+        return FromResidual(view, NearestOnSeries(residual, view.frequency));
     }
     // Or what is left repeats at two or three of such a note's periods: the comb weakens its
     // fundamental under a partial off its harmonic series (a flute's edge tone at one and a
-    // half times the note, for the first tens of milliseconds). The own estimate, the blend of
-    // the two, has moved from the cancelled pitch towards the new note, which is the multiple
-    // of what is left beyond that estimate and within the blend span.
+    // half times the note, for the first tens of milliseconds). The own estimate has moved
+    // from the cancelled pitch towards the new note, which is the multiple of what is left
+    // beyond that estimate and within the blend span.
     if (ownNearby) {
         for (const double periods : {2.0, 3.0}) {
             const double multiple = residual * periods;
