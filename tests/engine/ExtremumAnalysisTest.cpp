@@ -74,35 +74,33 @@ TEST(PitchAnalysis, SilenceFindsNoReferenceAndStaysUnvoiced) {
     EXPECT_EQ(s->head, 511u);
 }
 
-TEST(PitchAnalysis, TheSearchExaminesBothPeriodBoundsAndStopsBeyondTheLongest) {
+// Without a lag penalty an exact repetition scores 0 at lags 100, 200, 300, ...: on equal
+// scores the nearer candidate stays.
+TEST(PitchAnalysis, TheSearchExaminesBothPeriodBoundsStopsBeyondTheLongestAndKeepsTheNearerOnATie) {
     struct Case {
         int32_t shortest, longest;
-        double expectedPeriod;
+        double lagWeight, expectedPeriod;
     };
-    for (const Case c : {Case{100, 801, 100}, Case{25, 100, 100}, Case{101, 801, 200}, Case{25, 99, 0}}) {
+    for (const Case c :
+         {Case{100, 801, 0.001, 100}, Case{25, 100, 0.001, 100}, Case{101, 801, 0.001, 200},
+          Case{25, 99, 0.001, 0}, Case{25, 801, 0, 100}}) {
+        SCOPED_TRACE(::testing::Message()
+                     << c.shortest << ".." << c.longest << " weight " << c.lagWeight);
         EnginePtr s = FedUnfiltered(ExactSine441(20));
         s->minPeriod[0] = c.shortest;
         s->maxPeriod[0] = c.longest;
+        s->lagWeight[0] = c.lagWeight;
         WFETMidiOut out{};
         WFETCalc(s.get(), &out);
         if (c.expectedPeriod == 0) {
-            EXPECT_EQ(s->distance, kWFETNoDistance) << c.longest;
+            EXPECT_EQ(s->distance, kWFETNoDistance);
             EXPECT_EQ(s->frequency, -1);
         } else {
-            EXPECT_EQ(s->period, c.expectedPeriod) << c.shortest << ".." << c.longest;
+            EXPECT_EQ(s->period, c.expectedPeriod);
             EXPECT_NEAR(s->frequency, 44100 / c.expectedPeriod, 0.5);
+            EXPECT_EQ(s->distance, 0) << "an exact repetition";
         }
     }
-}
-
-TEST(PitchAnalysis, OnEqualScoresTheNearerCandidateStays) {
-    EnginePtr s = FedUnfiltered(ExactSine441(20));
-    // Without a lag penalty an exact repetition scores 0 at lags 100, 200, 300, ...
-    s->lagWeight[0] = 0;
-    WFETMidiOut out{};
-    WFETCalc(s.get(), &out);
-    EXPECT_EQ(s->distance, 0);
-    EXPECT_EQ(s->period, 100);
 }
 
 TEST(PitchAnalysis, IdenticalSequencesMergeIntoAlternatingStreamsWithNoTimeDifference) {

@@ -27,7 +27,6 @@ protected:
         s->period = period;
         WFETMIDI(s.get(), &out);
     }
-    static double PitchFrequency(double pitch) { return 440 * std::pow(2.0, (pitch - 69) / 12); }
 
     EnginePtr s;
     WFETMidiOut out{};
@@ -36,7 +35,7 @@ protected:
 TEST_F(NoteDecision, ANoteStartsOnTheNearestNoteRoundingHalfUp) {
     for (auto [pitch, expected] : {std::pair{69.0, 69}, {70.0, 70}, {69.5, 70}, {69.49, 69}}) {
         SetUp();
-        Frame(PitchFrequency(pitch));
+        Frame(NoteFrequency(pitch));
         EXPECT_EQ(out.noteOn, expected) << pitch;
         EXPECT_EQ(s->sounding, 1);
     }
@@ -52,12 +51,12 @@ TEST_F(NoteDecision, BendCoversTheRangeAndRetriggersOnlyBeyondIt) {
         int16_t bend;
     };
     for (const Case c : {Case{71, 16383}, Case{67, 1}, Case{69.5, 10239}}) {
-        Frame(PitchFrequency(c.pitch));
+        Frame(NoteFrequency(c.pitch));
         EXPECT_EQ(out.noteOn, -1) << c.pitch;
         EXPECT_EQ(out.noteOff, -1) << c.pitch;
         EXPECT_EQ(out.bend, c.bend) << c.pitch;
     }
-    Frame(PitchFrequency(71.01));
+    Frame(NoteFrequency(71.01));
     EXPECT_EQ(out.noteOff, 69);
     EXPECT_EQ(out.noteOn, 71);
     EXPECT_EQ(out.velocity, 127);
@@ -71,7 +70,7 @@ TEST_F(NoteDecision, ANoteStartBoundsTheSearchToTheBendRangeAroundItsPeriod) {
     EXPECT_EQ(s->maxPeriod[1], 112);
     EXPECT_EQ(s->minPeriod[1], 89);
     // A re-trigger keeps them.
-    Frame(PitchFrequency(75), 10000, 0.01, 60);
+    Frame(NoteFrequency(75), 10000, 0.01, 60);
     EXPECT_EQ(out.noteOn, 75);
     EXPECT_EQ(s->maxPeriod[1], 112);
 }
