@@ -90,12 +90,7 @@ TEST(MidiSend, TheRecordingOpensWithTheNodesSettingsThenStampsTimeSinceTheMidiCl
 }
 
 TEST(CheckSynthFile, OnlyASoundFontThatFailsToLoadIsReportedAndItLeavesASilentSynthesizer) {
-    struct RecordedAlert final : vocato::media::Alert {
-        void Show(std::string_view title, std::string_view text) override {
-            shown.emplace_back(std::string(title) + " / " + std::string(text));
-        }
-        std::vector<std::string> shown;
-    } alert;
+    vocato::test::KeptAlerts alert;
     vocato::test::TempDir dir;
     const std::string bogus = dir.File("bogus.sf2");
     std::ofstream(bogus) << "not a SoundFont";
@@ -113,7 +108,7 @@ TEST(CheckSynthFile, OnlyASoundFontThatFailsToLoadIsReportedAndItLeavesASilentSy
     none.soundFonts.push_back(bogus);
     vocato::VocatoNode node(nullptr, nullptr, "", 1, none);
     EXPECT_EQ(alert.shown,
-              (std::vector<std::string>{"Synthfile Error / No synthfile for synthesizer"}));
+              (std::vector<std::string>{"Synthfile Error: No synthfile for synthesizer"}));
     ASSERT_NE(node.Synth(), nullptr);
     EXPECT_FALSE(node.Synth()->Enabled());
     node.Synth()->Send(midi::NoteOn(1, 60, 127), 0);

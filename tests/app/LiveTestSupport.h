@@ -1,11 +1,10 @@
-// What the live tests share: an alert that keeps its reports, the melody they sing into
-// Vocato, where the node itself decides its notes when given the same audio offline, and
-// Vocato on a private JACK server between a singing player and a recorder.
+// What the live tests share: the melody they sing into Vocato, where the node itself decides
+// its notes when given the same audio offline, and Vocato on a private JACK server between a
+// singing player and a recorder.
 #pragma once
 
 #include "LiveSession.h"
 
-#include "Alert.h"
 #include "Fixtures.h"
 #include "JackServer.h"
 #include "JackTestClients.h"
@@ -19,14 +18,6 @@
 #include <vector>
 
 namespace vocato::test {
-
-class KeptAlerts final : public media::Alert {
-public:
-    void Show(std::string_view title, std::string_view text) override {
-        shown.emplace_back(std::string(title) + ": " + std::string(text));
-    }
-    std::vector<std::string> shown;
-};
 
 // Three flute notes, C4 E4 A4, rendered at 44100 Hz with FluidSynth, peaks at -3 dBFS.
 const std::vector<float>& Melody();

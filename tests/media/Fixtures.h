@@ -1,5 +1,8 @@
-// Generated audio, rendered melodies and an independent MIDI-file reader for the tests.
+// Generated audio, rendered melodies, an independent MIDI-file reader and a kept alert for the
+// tests.
 #pragma once
+
+#include "Alert.h"
 
 #include <sndfile.h>
 
@@ -65,5 +68,13 @@ struct CommandOutcome {
 };
 // Runs `command` in the shell and keeps what it prints on standard output.
 CommandOutcome RunCommand(const std::string& command);
+
+class KeptAlerts final : public media::Alert {
+public:
+    void Show(std::string_view title, std::string_view text) override {
+        shown.emplace_back(std::string(title) + ": " + std::string(text));
+    }
+    std::vector<std::string> shown;
+};
 
 } // namespace vocato::test
