@@ -37,27 +37,25 @@ std::pair<int, int> BarExtent(const QImage& shot) {
 
 } // namespace
 
-TEST(LiveDisplays, TheEndsOfTheKeyboardAndTheNotesThatLightNothing) {
+// One sung line over the whole keyboard; after each note, the octave pictures shown as
+// (octave, key), key 0 being the unlit octave.
+TEST(LiveDisplays, EachNoteLightsItsKeyAndLeavingAnOctaveOrEndingTheNoteUnlightsIt) {
+    const std::pair<float, std::vector<std::pair<int, int>>> steps[] = {
+        {107, {{6, 12}}},       // the top end
+        {25, {{0, 2}, {6, 0}}}, // the bottom end; leaving an octave resets it
+        {24, {{0, 2}}},         // 24 lies on the keyboard but lights nothing new
+        {60, {{0, 0}, {3, 1}}},
+        {64, {{3, 5}}},         // a step inside the octave
+        {72, {{3, 0}, {4, 1}}}, // a leap
+        {0, {{4, 0}}},          // the end of a note
+    };
     Panel panel;
-    Sing(panel, 107);
-    EXPECT_TRUE(OctaveShows(panel, 6, 12));
-    Sing(panel, 25);
-    EXPECT_TRUE(OctaveShows(panel, 0, 2));
-    EXPECT_TRUE(OctaveShows(panel, 6, 0)) << "leaving an octave resets it";
-    Sing(panel, 24);
-    EXPECT_TRUE(OctaveShows(panel, 0, 2)) << "note 24 lights nothing new";
-}
-
-TEST(LiveDisplays, AStepInsideTheOctaveKeepsItAndALeapResetsIt) {
-    Panel panel;
-    Sing(panel, 60);
-    Sing(panel, 64);
-    EXPECT_TRUE(OctaveShows(panel, 3, 5));
-    Sing(panel, 72);
-    EXPECT_TRUE(OctaveShows(panel, 3, 0));
-    EXPECT_TRUE(OctaveShows(panel, 4, 1));
-    Sing(panel, 0);
-    EXPECT_TRUE(OctaveShows(panel, 4, 0)) << "the end of a note unlights its octave";
+    for (const auto& [note, shown] : steps) {
+        Sing(panel, note);
+        for (auto [octave, key] : shown) {
+            EXPECT_TRUE(OctaveShows(panel, octave, key)) << note << ": octave " << octave;
+        }
+    }
 }
 
 TEST(LiveDisplays, AFullBendReachesTheBendRangeInEitherDirection) {
