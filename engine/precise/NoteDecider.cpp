@@ -19,6 +19,11 @@ constexpr double kHoldClarity = 0.6;
 constexpr double kSteadySpan = 0.25;
 // A candidate keeps its note while the pitch stays within this distance of it, so a pitch
 // sitting on the border between two notes does not restart the confirmation on every frame.
+// The note itself starts only on a frame within its own span: an attack that settles off
+// pitch (a reed, a voice) may cross the border after its first periods and rest nearer the
+// neighbour, and then it is the neighbour that is played. A vibrato swings back within a
+// slow swing's time out (below); a confirmed candidate whose pitch stays across the border
+// for longer hands its confirmation to the neighbour.
 constexpr double kCandidateReach = 0.65;
 // A singer's slide holds each note it passes for a few milliseconds; a scoop or a slide that
 // arrives slows down as it reaches its note, but passes the notes on its way at full speed. A
@@ -267,7 +272,7 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
         }
         return;
     }
-    TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
+    TrackCandidate(s, nearest, pitch, f.samples);
     // A note that broke off in a room rings on at its own pitch, sinking; struck again, it
     // comes back to near its level, or with an attack. Until then it keeps its confirmation,
     // so that it starts on the frame it is back.
@@ -278,7 +283,7 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
     const bool releasedTail =
         releasedNote_ >= 0 && std::abs(candidate_ - releasedNote_) == 1 && !f.fromResidual && f.faded;
     const bool confirmed = candidateSamples_ >= Samples(kConfirmSeconds, s.sampleRate);
-    if (confirmed && ShowsCandidate(pitch) && !ownTail && !releasedTail && !InSwingingTail(s, f)) {
+    if (confirmed && nearest == candidate_ && !ownTail && !releasedTail && !InSwingingTail(s, f)) {
         StartNote(s, f, candidate_, out);
         WriteBendAndExpression(s, f, pitch, out);
     }
@@ -340,13 +345,17 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     }
     if (Departs(s, pitch)) {
         const int nearest = Nearest(pitch);
-        TrackCandidate(nearest, pitch, f.samples, Samples(kConfirmSeconds, s.sampleRate));
-        // Straight after a legato step, a pitch back at the note the step left is a vibrato
-        // swinging back across the step, not the new note's attack settling: it changes the
-        // note only as it would change a settled one.
-        const bool back = candidate_ == stepFrom_;
+        TrackCandidate(s, nearest, pitch, f.samples);
+        // Straight after a legato step, a pitch back at the note the step left, or at a note
+        // between the two within a vibrato's reach, is a vibrato swinging back across the
+        // step, not the new note's attack settling: it changes the note only as it would
+        // change a settled one.
+        const double reach = std::min<double>(std::abs(stepFrom_ - note_), kVibratoBeyond);
+        const bool between =
+            (candidate_ - note_) * (stepFrom_ - note_) > 0 && std::abs(candidate_ - note_) < reach;
+        const bool back = stepFrom_ >= 0 && (candidate_ == stepFrom_ || between);
         const bool confirmed = candidateSamples_ >= ChangeSamples(s, pitch, settled || back);
-        if (confirmed && ShowsCandidate(pitch) && !Glides()) {
+        if (confirmed && nearest == candidate_ && !Glides()) {
             out->noteOff = static_cast<int16_t>(note_);
             StartNote(s, f, candidate_, out);
         }
@@ -436,13 +445,18 @@ void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& f
 void NoteDecider::ClearCandidate() noexcept
 {
     candidate_ = rival_ = -1;
-    candidateSamples_ = candidateMisses_ = rivalSamples_ = 0;
+    candidateSamples_ = candidateMisses_ = rivalSamples_ = acrossSamples_ = 0;
 }
 
-void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples, uint32_t patience) noexcept
+void NoteDecider::TrackCandidate(const PreciseSettings& s, int nearest, double pitch,
+                                 uint32_t samples) noexcept
 {
+    const uint32_t patience = Samples(kConfirmSeconds, s.sampleRate);
+    const bool across = nearest != candidate_ && candidateSamples_ >= patience;
+    acrossSamples_ = across ? acrossSamples_ + samples : 0;
+    const bool stayedAcross = acrossSamples_ >= Samples(kSwingOutSeconds, s.sampleRate);
     const double span = std::max(candidateHigh_, pitch) - std::min(candidateLow_, pitch);
-    if (ShowsCandidate(pitch) && span <= kSteadySpan) {
+    if (ShowsCandidate(pitch) && span <= kSteadySpan && !stayedAcross) {
         candidateSamples_ += samples;
         candidateMisses_ = 0;
         candidateLow_ = std::min(candidateLow_, pitch);
@@ -452,7 +466,9 @@ void NoteDecider::TrackCandidate(int nearest, double pitch, uint32_t samples, ui
     // A stray frame (a formant taken for the period, a burst of noise) only pauses the
     // candidate; a rival pitch replaces it once it has been seen for longer, or once the
     // candidate has been missing for longer than the patience.
-    rivalSamples_ = nearest == rival_ ? rivalSamples_ + samples : samples;
+    rivalSamples_ = stayedAcross       ? acrossSamples_
+                    : nearest == rival_ ? rivalSamples_ + samples
+                                        : samples;
     rival_ = nearest;
     candidateMisses_ += samples;
     if (candidate_ >= 0 && candidateMisses_ <= patience && rivalSamples_ <= candidateSamples_) {

@@ -72,10 +72,11 @@ private:
     // Whether what is left with the ringing note cancelled grows again: the note before that
     // one struck anew, not its fading tail.
     bool TailRegrows(const FrameFeatures& f) const noexcept;
-    void TrackCandidate(int nearest, double pitch, uint32_t samples, uint32_t patience) noexcept;
-    // Whether a frame at `pitch` shows the candidate. A frame of a rival only pauses the
-    // candidate, and a note never starts on one: the input already shows something else there
-    // (a glide arriving beyond the note on its way, the next note rising under a ringing tail).
+    void TrackCandidate(const PreciseSettings& s, int nearest, double pitch,
+                        uint32_t samples) noexcept;
+    // Whether a frame at `pitch` counts for the candidate. A frame of a rival only pauses the
+    // candidate: the input already shows something else there (a glide arriving beyond the
+    // note on its way, the next note rising under a ringing tail).
     bool ShowsCandidate(double pitch) const noexcept;
     // The pitch, followed quickly and slowly; the two part while it glides.
     void FollowPitch(const PreciseSettings& s, double pitch, uint32_t samples) noexcept;
@@ -122,6 +123,7 @@ private:
     uint32_t candidateMisses_ = 0; // unclear samples since the candidate was last seen
     int rival_ = -1;               // the other pitch seen meanwhile
     uint32_t rivalSamples_ = 0;
+    uint32_t acrossSamples_ = 0;   // in a row, of a confirmed candidate, in a neighbour's span
     double candidateLow_ = 0.0;
     double candidateHigh_ = 0.0;
     double quickPitch_ = 0.0;

@@ -502,6 +502,22 @@ TEST(PreciseTracking, ScoopFromSilenceStartsOnlyTheNoteItArrivesAt) {
     }
 }
 
+// A reed or a voice may settle some 40 cents off the note it plays, its first periods still
+// across the border in the neighbour's span. The note is the one it settles nearest; a steady
+// tone whose confirmation began on the neighbour must still start, if a slow swing later.
+TEST(PreciseTracking, AnAttackSettlingOffPitchStartsTheNoteItSettlesNearest) {
+    for (const int note : {52, 59, 67}) {
+        for (const double side : {-1.0, 1.0}) {
+            const auto settling = [=](double t) { return note + side * (t < 0.018 ? 0.53 : 0.4); };
+            const auto played = Gliding(settling, 0.3, 10000, 0.02);
+            const TrackRun run = Track(*MakeTracker(), Concat({Silence(0.2), played, Silence(0.1)}));
+            const std::string where = std::to_string(note) + (side < 0 ? " flat" : " sharp");
+            ASSERT_EQ(run.NoteNumbers(), (std::vector<int>{note})) << where;
+            EXPECT_LT(run.notes[0].onFrame * 16 / 44100.0 - 0.2, 0.1) << where;
+        }
+    }
+}
+
 // A sung note with vibrato, released into the next one a tone or two away: its tail fades
 // for a long while and beats with the new note, which must not bring the old one back.
 TEST(PreciseTracking, FadingTailOfAVibratoNoteDoesNotComeBack) {
