@@ -7,10 +7,13 @@ of the chosen split on --program, --transpose semitones from the written melody 
 published transposition is undone first), renders them with the `fluidsynth` command (Debian
 package fluidsynth) and a soundfont, and writes the benchmark's layout with the converter
 settings of --preset. Each of the three left out keeps the file's own. Melodies with a note
-outside --range are left out.
+outside --range are left out. With --apart, every note is played alone, that many seconds after
+the one before began: what a tracker loses there is the instrument's own attack, not the note
+before ringing into it.
 
     python3 bench/instrument_variants.py /tmp/recorder --program 74 --preset 20 --range 55 91
     python3 bench/instrument_variants.py /tmp/timgm --soundfont /usr/share/sounds/sf2/TimGM6mb.sf2
+    python3 bench/instrument_variants.py /tmp/alone --apart 2
     python3 bench/accuracy.py --data /tmp/recorder --converter precise='...' --split all
 """
 
@@ -44,6 +47,41 @@ def transposed_midi(source, target, shift, program):
     song.save(target)
 
 
+def spread_out(notes, apart):
+    """The same notes, each alone: the first where it was, each next one `apart` seconds later."""
+    first = notes[0][0]
+    return [(first + k * apart, first + k * apart + off - on, note) for k, (on, off, note) in enumerate(notes)]
+
+
+def spread_midi(source, target, apart):
+    """Every note of `source` on its own, as spread_out places them, with its own velocity."""
+    played, sounding, now, program = [], {}, 0.0, []
+    for message in mido.MidiFile(source):
+        now += message.time
+        if message.type == "program_change":
+            program.append(message)
+        elif message.type == "note_on" and message.velocity > 0:
+            sounding[message.note] = (now, message.velocity)
+        elif message.type in ("note_on", "note_off") and message.note in sounding:
+            on, velocity = sounding.pop(message.note)
+            played.append((on, now, message.note, velocity))
+    played.sort()
+    velocities = [velocity for *_, velocity in played]
+    events = []
+    for (on, off, note), velocity in zip(spread_out([p[:3] for p in played], apart), velocities):
+        events += [(on, 1, note, velocity), (off, 0, note, 0)]
+    song = mido.MidiFile(ticks_per_beat=480)
+    track = mido.MidiTrack([mido.MetaMessage("set_tempo", tempo=500000)] +
+                           [m.copy(time=0) for m in program])
+    song.tracks.append(track)
+    ticks_per_second, last = 960, 0
+    for at, _, note, velocity in sorted(events, key=lambda e: (e[0], e[1])):
+        tick = round(at * ticks_per_second)
+        track.append(mido.Message("note_on", note=note, velocity=velocity, time=tick - last))
+        last = tick
+    song.save(target)
+
+
 def render(midi_path, soundfont, wav_path):
     """fluidsynth renders stereo at its own gain; the benchmark's files are mono and normalised."""
     with tempfile.NamedTemporaryFile(suffix=".wav") as raw:
@@ -70,6 +108,8 @@ def main():
                         help="leave out melodies with a note outside these MIDI notes")
     parser.add_argument("--soundfont", default="/usr/share/sounds/sf2/FluidR3_GM.sf2")
     parser.add_argument("--split", default="all", choices=("dev", "heldout", "all"))
+    parser.add_argument("--apart", type=float, default=0.0,
+                        help="play every note alone, this many seconds after the one before began")
     args = parser.parse_args()
 
     data = default_data_dir(os.path.dirname(os.path.abspath(__file__)))
@@ -86,9 +126,13 @@ def main():
         if min(n for _, _, n in notes) < args.range[0] or max(n for _, _, n in notes) > args.range[1]:
             continue
         file_id = f"{font}-gm{program}{transpose:+d}-{item['id']}"
+        if args.apart > 0.0:
+            notes = spread_out(notes, args.apart)
         with tempfile.TemporaryDirectory() as work:
             midi = os.path.join(work, "melody.mid")
             transposed_midi(os.path.join(data, item["midi"]), midi, shift, program)
+            if args.apart > 0.0:
+                spread_midi(midi, midi, args.apart)
             render(midi, args.soundfont, os.path.join(args.out, "audio", file_id + ".wav"))
         with open(os.path.join(args.out, "gt", file_id + ".csv"), "w") as gt:
             gt.write("onset,offset,midi\n")
@@ -96,7 +140,7 @@ def main():
         items.append(dict(item, id=file_id, audio=f"audio/{file_id}.wav", gt=f"gt/{file_id}.csv",
                           instrument=item["instrument"] if args.program is None else f"program {program}",
                           program=program, preset=preset, transpose=transpose, soundfont=font,
-                          condition="variant"))
+                          condition="alone" if args.apart > 0.0 else "variant"))
     write_manifest(args.out, items, f"variant with {font}")
 
 
