@@ -346,18 +346,22 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     if (Departs(s, pitch)) {
         const int nearest = Nearest(pitch);
         TrackCandidate(s, nearest, pitch, f.samples);
-        // Straight after a legato step, a pitch back at the note the step left, or at a note
-        // between the two within a vibrato's reach, is a vibrato swinging back across the
-        // step, not the new note's attack settling: it changes the note only as it would
-        // change a settled one.
+        // Straight after a legato step, a pitch back at the note the step left is a vibrato
+        // swinging back across the step, not the new note's attack settling: it changes the
+        // note only as it would change a settled one. So is a pitch back at a note between the
+        // two, within a vibrato's reach, once the step has landed in the middle of its note;
+        // a step that reached its note only at the top of a swing may have overshot, and the
+        // swing back corrects it.
         const double reach = std::min<double>(std::abs(stepFrom_ - note_), kVibratoBeyond);
-        const bool between =
-            (candidate_ - note_) * (stepFrom_ - note_) > 0 && std::abs(candidate_ - note_) < reach;
+        const bool between = stepLanded_ && (candidate_ - note_) * (stepFrom_ - note_) > 0 &&
+                             std::abs(candidate_ - note_) < reach;
         const bool back = stepFrom_ >= 0 && (candidate_ == stepFrom_ || between);
         const bool confirmed = candidateSamples_ >= ChangeSamples(s, pitch, settled || back);
         if (confirmed && nearest == candidate_ && !Glides()) {
             out->noteOff = static_cast<int16_t>(note_);
+            const bool landed = std::abs(pitch - candidate_) <= kIntoNote;
             StartNote(s, f, candidate_, out);
+            stepLanded_ = landed;
         }
     } else {
         // Only a frame that belongs to the note moves its pitch (the bend, the continuity of

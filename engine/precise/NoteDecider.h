@@ -114,6 +114,7 @@ private:
     int releasedNote_ = -1;    // the note a release ended, until an attack or another note
     double releaseFloor_ = 0.0; // the lowest power of the input since that release
     int stepFrom_ = -1;        // the note a legato step left for this one; -1 after a start
+    bool stepLanded_ = false;  // that step changed the note within a tenth of its middle
     bool attackSinceEnd_ = false; // an attack since the last note ended
     int noteVelocity_ = 0;
     uint32_t noteSamples_ = 0;
