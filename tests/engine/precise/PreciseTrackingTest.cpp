@@ -136,6 +136,25 @@ TEST(PreciseTracking, WideOrOffPitchVibratoStaysOneNoteButStepsAndTrillsChangeIt
     EXPECT_GE(run.NoteNumbers().size(), 19u);
 }
 
+// A step of a tone or a third under a vibrato of +-80 cents that arrives at the top of a swing
+// reaches the note beyond first; the swing back corrects it, once, and then the voice swings
+// around the note sung.
+TEST(PreciseTracking, AStepOvershootingOnASwingEndsOnTheNoteSung) {
+    const std::pair<int, int> steps[] = {{2, 12}, {-2, 4}, {3, 11}, {-3, 3}};
+    for (const auto& [step, phase] : steps) {
+        const auto sung = [step, phase](double t) {
+            const double swing = 0.8 * std::min(1.0, t / 0.15) *
+                                 std::sin(2 * std::numbers::pi * 5.5 * t + phase * std::numbers::pi / 8);
+            return 60.0 + step * std::clamp((t - 0.8) / 0.03, 0.0, 1.0) + swing;
+        };
+        const TrackRun run = Track(*MakeTracker(), Padded(Gliding(sung, 1.6, 10000, 0.03)));
+        const std::vector<int> notes = run.NoteNumbers();
+        ASSERT_GE(notes.size(), 2u) << "step " << step;
+        EXPECT_EQ(notes.back(), 60 + step) << "step " << step;
+        EXPECT_LE(notes.size(), 3u) << "step " << step;
+    }
+}
+
 // A weak fundamental under strong even harmonics is the classic trap that makes period
 // trackers jump an octave up; formant-filtered pulses and noise 20 dB below the tone are others.
 TEST(PreciseTracking, HardTimbresGiveOneNoteInTheRightOctave) {
