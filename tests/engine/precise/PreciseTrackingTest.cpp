@@ -143,8 +143,8 @@ TEST(PreciseTracking, AStepOvershootingOnASwingEndsOnTheNoteSung) {
     const std::pair<int, int> steps[] = {{2, 12}, {-2, 4}, {3, 11}, {-3, 3}};
     for (const auto& [step, phase] : steps) {
         const auto sung = [step, phase](double t) {
-            const double swing = 0.8 * std::min(1.0, t / 0.15) *
-                                 std::sin(2 * std::numbers::pi * 5.5 * t + phase * std::numbers::pi / 8);
+            const double angle = 2 * std::numbers::pi * 5.5 * t + phase * std::numbers::pi / 8;
+            const double swing = 0.8 * std::min(1.0, t / 0.15) * std::sin(angle);
             return 60.0 + step * std::clamp((t - 0.8) / 0.03, 0.0, 1.0) + swing;
         };
         const TrackRun run = Track(*MakeTracker(), Padded(Gliding(sung, 1.6, 10000, 0.03)));
