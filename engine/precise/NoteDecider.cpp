@@ -346,22 +346,11 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     if (Departs(s, pitch)) {
         const int nearest = Nearest(pitch);
         TrackCandidate(s, nearest, pitch, f.samples);
-        // Straight after a legato step, a pitch back at the note the step left is a vibrato
-        // swinging back across the step, not the new note's attack settling: it changes the
-        // note only as it would change a settled one. So is a pitch back at a note between the
-        // two, within a vibrato's reach, once the step has landed in the middle of its note;
-        // a step that reached its note only at the top of a swing may have overshot, and the
-        // swing back corrects it.
-        const double reach = std::min<double>(std::abs(stepFrom_ - note_), kVibratoBeyond);
-        const bool between = stepLanded_ && (candidate_ - note_) * (stepFrom_ - note_) > 0 &&
-                             std::abs(candidate_ - note_) < reach;
-        const bool back = stepFrom_ >= 0 && (candidate_ == stepFrom_ || between);
+        const bool back = SwingsBackAcrossStep();
         const bool confirmed = candidateSamples_ >= ChangeSamples(s, pitch, settled || back);
         if (confirmed && nearest == candidate_ && !Glides()) {
             out->noteOff = static_cast<int16_t>(note_);
-            const bool landed = std::abs(pitch - candidate_) <= kIntoNote;
             StartNote(s, f, candidate_, out);
-            stepLanded_ = landed;
         }
     } else {
         // Only a frame that belongs to the note moves its pitch (the bend, the continuity of
@@ -550,6 +539,22 @@ bool NoteDecider::InSwingingTail(const PreciseSettings& s, const FrameFeatures& 
     return std::abs(candidate_ - vibrato_.Mean()) - 0.5 <= tailReach;
 }
 
+bool NoteDecider::SwingsBackAcrossStep() const noexcept
+{
+    // Straight after a legato step, a pitch back at the note the step left is a vibrato
+    // swinging back across the step, not the new note's attack settling. So is a pitch back at
+    // a note between the two, within a vibrato's reach, once the step has landed in the middle
+    // of its note; a step that reached its note only at the top of a swing may have overshot,
+    // and the swing back corrects it.
+    if (stepFrom_ < 0) {
+        return false;
+    }
+    const double reach = std::min<double>(std::abs(stepFrom_ - note_), kVibratoBeyond);
+    const bool between = stepLanded_ && (candidate_ - note_) * (stepFrom_ - note_) > 0 &&
+                         std::abs(candidate_ - note_) < reach;
+    return candidate_ == stepFrom_ || between;
+}
+
 bool NoteDecider::Resting(const PreciseSettings& s) const noexcept
 {
     return restingSamples_ >= Samples(kRestingSeconds, s.sampleRate);
@@ -623,6 +628,7 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
     // halfway to a neighbour; its own note tells what its tail will sound like.
     previousNominal_ = replacedFrequency_ > 0.0 ? s.refPitch * std::exp2((note_ - 69) / 12.0) : 0.0;
     stepFrom_ = sounding_ ? note_ : -1;
+    stepLanded_ = sounding_ && std::abs(PitchOf(f.frequency, s.refPitch) - note) <= kIntoNote;
     ringSamples_ = 0;
     tailFrequency_ = 0.0; // what is left with the new note cancelled is followed afresh
     interruptedNote_ = -1;

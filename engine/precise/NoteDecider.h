@@ -94,6 +94,9 @@ private:
     bool InSwingingTail(const PreciseSettings& s, const FrameFeatures& f) const noexcept;
     // Whether the pitch has hardly moved for a while: it sits on a note, no vibrato's swing.
     bool Resting(const PreciseSettings& s) const noexcept;
+    // Whether the candidate, straight after a legato step, is the pitch swinging back across
+    // that step: it then changes the note only as it would change a settled one.
+    bool SwingsBackAcrossStep() const noexcept;
     // Whether `pitch` has left the sounding note for another one.
     bool Departs(const PreciseSettings& s, double pitch) const noexcept;
     // How long a departure to the candidate must hold before the note changes.
