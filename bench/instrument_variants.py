@@ -48,9 +48,11 @@ def transposed_midi(source, target, shift, program):
 
 
 def spread_out(notes, apart):
-    """The same notes, each alone: the first where it was, each next one `apart` seconds later."""
+    """The same notes, each alone: the first where it was, each next one `apart` seconds later.
+    Whatever follows a note's onset and offset (its pitch, its velocity) comes along."""
     first = notes[0][0]
-    return [(first + k * apart, first + k * apart + off - on, note) for k, (on, off, note) in enumerate(notes)]
+    return [(first + k * apart, first + k * apart + off - on, *rest)
+            for k, (on, off, *rest) in enumerate(notes)]
 
 
 def spread_midi(source, target, apart):
@@ -65,10 +67,8 @@ def spread_midi(source, target, apart):
         elif message.type in ("note_on", "note_off") and message.note in sounding:
             on, velocity = sounding.pop(message.note)
             played.append((on, now, message.note, velocity))
-    played.sort()
-    velocities = [velocity for *_, velocity in played]
     events = []
-    for (on, off, note), velocity in zip(spread_out([p[:3] for p in played], apart), velocities):
+    for on, off, note, velocity in spread_out(sorted(played), apart):
         events += [(on, 1, note, velocity), (off, 0, note, 0)]
     song = mido.MidiFile(ticks_per_beat=480)
     track = mido.MidiTrack([mido.MetaMessage("set_tempo", tempo=500000)] +
