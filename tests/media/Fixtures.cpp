@@ -10,19 +10,18 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <sndfile.hh>
 #include <sstream>
-#include <sndfile.h>
 #include <stdexcept>
 #include <sys/wait.h>
 
 namespace vocato::test {
 
-TempDir::TempDir() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "vocato-test-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr) {
+TempDir::TempDir()
+    : path_((std::filesystem::temp_directory_path() / "vocato-test-XXXXXX").string()) {
+    if (::mkdtemp(path_.data()) == nullptr) {
         throw std::runtime_error("mkdtemp failed");
     }
-    path_ = pattern;
 }
 
 TempDir::~TempDir() {
@@ -40,17 +39,11 @@ std::vector<float> Sine(double hz, double rate, double seconds, double amplitude
 
 void WriteSoundFile(const std::string& path, const std::vector<float>& interleaved, int rate,
                     int channels, int format) {
-    SF_INFO info{};
-    info.samplerate = rate;
-    info.channels = channels;
-    info.format = format;
-    SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
-    if (file == nullptr) {
-        throw std::runtime_error("cannot write " + path + ": " + sf_strerror(nullptr));
+    SndfileHandle file(path, SFM_WRITE, format, channels, rate);
+    if (file.error() != SF_ERR_NO_ERROR) {
+        throw std::runtime_error("cannot write " + path + ": " + file.strError());
     }
-    sf_writef_float(file, interleaved.data(),
-                    static_cast<sf_count_t>(interleaved.size() / channels));
-    sf_close(file);
+    file.writef(interleaved.data(), static_cast<sf_count_t>(interleaved.size() / channels));
 }
 
 std::string WriteTone(const TempDir& dir, const std::string& name, double seconds) {
@@ -77,16 +70,12 @@ std::vector<float> RenderMelody(const std::vector<Note>& notes, int program, dou
     const auto total = static_cast<size_t>((end + tailSeconds) * rate);
     std::vector<float> left(total), right(total), mono(total);
     size_t at = 0;
-    for (auto it = events.begin(); at < total;) {
-        const size_t next = it == events.end() ? total : std::min(it->first, total);
-        if (next > at) {
-            synth->Render(left.data() + at, right.data() + at, next - at);
-            at = next;
-        }
-        for (; it != events.end() && it->first <= at; ++it) {
-            synth->Send(it->second, 0);
-        }
+    for (const auto& [when, message] : events) {
+        synth->Render(left.data() + at, right.data() + at, when - at);
+        synth->Send(message, 0);
+        at = when;
     }
+    synth->Render(left.data() + at, right.data() + at, total - at);
     float peak = 0.0f;
     for (size_t i = 0; i < total; ++i) {
         mono[i] = 0.5f * (left[i] + right[i]);
@@ -156,7 +145,8 @@ std::vector<int> KeysOf(const std::vector<std::string>& midoLines, char status) 
     std::vector<int> keys;
     for (const std::string& line : midoLines) {
         const std::string bytes = line.substr(line.find(' ') + 1);
-        if (bytes.size() == 6 && bytes[0] == status && !(status == '9' && bytes.substr(4) == "00")) {
+        if (bytes.size() == 6 && bytes[0] == status &&
+            !(status == '9' && bytes.substr(4) == "00")) {
             keys.push_back(std::stoi(bytes.substr(2, 2), nullptr, 16));
         }
     }
@@ -175,7 +165,8 @@ std::vector<std::string> ReadMidiWithMido(const std::string& path) {
                                "            print(t, 'meta', msg.type, getattr(msg, 'tempo', ''))\n"
                                "        else:\n"
                                "            print(t, msg.bytes() and bytes(msg.bytes()).hex())\n";
-    const CommandOutcome run = RunCommand("/usr/bin/python3 -c \"" + script + "\" '" + path + "' 2>&1");
+    const CommandOutcome run =
+        RunCommand("/usr/bin/python3 -c \"" + script + "\" '" + path + "' 2>&1");
     std::vector<std::string> lines;
     std::istringstream in(run.out);
     for (std::string line; std::getline(in, line);) {
