@@ -6,7 +6,6 @@
 #include "SoundFileProducer.h"
 
 #include <gtest/gtest.h>
-#include <sndfile.h>
 
 #include <atomic>
 #include <chrono>
@@ -48,15 +47,11 @@ class FileProducer : public ::testing::Test {
 protected:
     void SetUp() override {
         // A ramp: frame i holds i modulo 32768, so order and position can be read back.
-        std::vector<int16_t> ramp(kFrames);
+        std::vector<float> ramp(kFrames);
         for (size_t i = 0; i < ramp.size(); ++i) {
-            ramp[i] = static_cast<int16_t>(i % 32768);
+            ramp[i] = static_cast<float>(i % 32768) / 32767.0f;
         }
-        SF_INFO info{0, 44100, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 0, 0};
-        SNDFILE* file = sf_open(dir.File("ramp.wav").c_str(), SFM_WRITE, &info);
-        ASSERT_NE(file, nullptr);
-        sf_write_short(file, ramp.data(), static_cast<sf_count_t>(ramp.size()));
-        sf_close(file);
+        WriteSoundFile(dir.File("ramp.wav"), ramp);
         std::string error;
         ASSERT_TRUE(producer.SetFile(dir.File("ramp.wav"), error)) << error;
         media::MediaSource source;
