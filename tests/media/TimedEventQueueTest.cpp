@@ -12,20 +12,9 @@ using vocato::media::TimedEventQueue;
 
 namespace {
 
-TimedEvent At(int64_t time, int32_t id) {
-    TimedEvent e;
-    e.time = time;
-    e.id = id;
-    return e;
-}
-
 std::vector<int32_t> PopAllDue(TimedEventQueue& queue, int64_t now) {
     std::vector<int32_t> ids;
-    TimedEvent e;
-    int64_t last = -1;
-    while (queue.PopDue(now, e)) {
-        EXPECT_GE(e.time, last);
-        last = e.time;
+    for (TimedEvent e; queue.PopDue(now, e);) {
         ids.push_back(e.id);
     }
     return ids;
@@ -36,7 +25,7 @@ std::vector<int32_t> PopAllDue(TimedEventQueue& queue, int64_t now) {
 TEST(TimedEventQueue, DeliversDueEventsInTimeOrderAndEqualTimesInPostingOrder) {
     TimedEventQueue queue;
     for (const auto& [time, id] : {std::pair{300, 1}, {100, 2}, {200, 3}, {100, 4}}) {
-        queue.Push(At(time, id));
+        queue.Push({.time = time, .id = id});
     }
     EXPECT_EQ(PopAllDue(queue, 250), (std::vector<int32_t>{2, 4, 3}));
     EXPECT_EQ(PopAllDue(queue, 300), std::vector<int32_t>{1});
@@ -47,7 +36,7 @@ TEST(TimedEventQueue, AFullQueueRefusesWithoutBlockingAndCountsTheDrop) {
     TimedEventQueue queue;
     size_t accepted = 0;
     for (size_t i = 0; i < 2 * TimedEventQueue::kCapacity + 10; ++i) {
-        accepted += queue.Push(At(static_cast<int64_t>(i), 0)) ? 1 : 0;
+        accepted += queue.Push({.time = static_cast<int64_t>(i)}) ? 1 : 0;
     }
     // The ring holds one capacity and the node's sorted list another, once collected.
     EXPECT_EQ(accepted, TimedEventQueue::kCapacity);
@@ -62,7 +51,7 @@ TEST(TimedEventQueue, EventsPostedFromManyThreadsEachArriveOnce) {
     for (int t = 0; t < kThreads; ++t) {
         posters.emplace_back([&queue, t] {
             for (int i = 0; i < kPerThread; ++i) {
-                while (!queue.Push(At(i, t * kPerThread + i))) {
+                while (!queue.Push({.time = i, .id = t * kPerThread + i})) {
                     std::this_thread::yield();
                 }
             }
