@@ -52,9 +52,8 @@ TEST(StandardMidiFile, AFailedWriteLeavesThePreviousFileWhichALaterWriteReplaces
     // A file-size limit makes the write fail part-way, as a full disk does.
     rlimit saved{};
     ::getrlimit(RLIMIT_FSIZE, &saved);
-    auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit small = saved;
-    small.rlim_cur = 4096;
+    const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{4096, saved.rlim_max};
     ::setrlimit(RLIMIT_FSIZE, &small);
     const auto result = ExportStandardMidiFile(store, path);
     ::setrlimit(RLIMIT_FSIZE, &saved);
