@@ -7,14 +7,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 
 namespace vocato::test {
 namespace {
 
-class Silence final : public media::JackPeriodHandler {
-public:
+struct Silence final : media::JackPeriodHandler {
     void Period(const media::JackPeriod&) noexcept override {}
 };
 
@@ -33,12 +33,10 @@ protected:
     }
 
     int32_t IdOf(const std::string& port) const {
-        for (const media::Parameter& p : web->Groups().at(0).parameters) {
-            if (p.name == port) {
-                return p.id;
-            }
-        }
-        return -1;
+        const auto& ports = web->Groups().at(0).parameters;
+        const auto it = std::find_if(ports.begin(), ports.end(),
+                                     [&](const media::Parameter& p) { return p.name == port; });
+        return it == ports.end() ? -1 : it->id;
     }
     float Value(const std::string& port) const {
         float value = -1.0f;
