@@ -22,38 +22,36 @@ struct FakeControl {
 };
 using Controls = std::map<MixerControl, FakeControl>;
 
-class FakeElement final : public media::MixerElement {
-public:
+struct FakeElement final : media::MixerElement {
     FakeElement(std::string name, unsigned index, Controls& controls,
                 std::vector<std::string> items = {})
-        : name_(std::move(name)), index_(index), controls_(controls), items_(std::move(items)) {}
+        : name(std::move(name)), index(index), controls(controls), items(std::move(items)) {}
 
-    std::string Name() const override { return name_; }
-    unsigned Index() const override { return index_; }
-    bool Has(MixerControl c) const override { return controls_.count(c) != 0; }
+    std::string Name() const override { return name; }
+    unsigned Index() const override { return index; }
+    bool Has(MixerControl c) const override { return controls.count(c) != 0; }
     bool Range(MixerControl c, long* minimum, long* maximum) const override {
-        *minimum = controls_.at(c).minimum;
-        *maximum = controls_.at(c).maximum;
+        *minimum = controls.at(c).minimum;
+        *maximum = controls.at(c).maximum;
         return true;
     }
-    std::vector<std::string> Items() const override { return items_; }
+    std::vector<std::string> Items() const override { return items; }
     int Channels(MixerControl c) const override {
-        return static_cast<int>(controls_.at(c).channels.size());
+        return static_cast<int>(controls.at(c).channels.size());
     }
     bool Get(MixerControl c, int channel, long* value) const override {
-        *value = controls_.at(c).channels.at(static_cast<size_t>(channel));
+        *value = controls.at(c).channels.at(static_cast<size_t>(channel));
         return true;
     }
     bool Set(MixerControl c, int channel, long value) override {
-        controls_.at(c).channels.at(static_cast<size_t>(channel)) = value;
-        return !controls_.at(c).refuses;
+        controls.at(c).channels.at(static_cast<size_t>(channel)) = value;
+        return !controls.at(c).refuses;
     }
 
-private:
-    std::string name_;
-    unsigned index_;
-    Controls& controls_;
-    std::vector<std::string> items_;
+    std::string name;
+    unsigned index;
+    Controls& controls;
+    std::vector<std::string> items;
 };
 
 // Every element's controls stay with the test, which looks at them after the web wrote. The
