@@ -31,6 +31,7 @@ def db(ratio):
 class RecordingConditions(unittest.TestCase):
     def setUp(self):
         self.work = tempfile.TemporaryDirectory()
+        self.addCleanup(self.work.cleanup)
         self.data = os.path.join(self.work.name, "data")
         os.makedirs(os.path.join(self.data, "audio"))
         os.makedirs(os.path.join(self.data, "gt"))
@@ -48,9 +49,6 @@ class RecordingConditions(unittest.TestCase):
         with open(os.path.join(self.data, "manifest.json"), "w") as f:
             json.dump({"items": items}, f)
         self.tone = tone
-
-    def tearDown(self):
-        self.work.cleanup()
 
     def run_condition(self, *arguments):
         out = os.path.join(self.work.name, arguments[0])
