@@ -61,10 +61,10 @@ TEST(BufferPath, EachFrameSendsExpressionBendNoteOffNoteOnInOrderBeyondThreshold
     // After construction the node last sent expression 127 and no bend (0).
     rig.script->outputs = {{-1, -1, 0, 64, 123}, {-1, -1, 0, 65, 122}, {64, 66, 90, 8192, 100}};
     rig.Feed(Ramp(48));
-    EXPECT_EQ(rig.sink.sent, (std::vector<MidiMessage>{
-                                 midi::ControlChange(1, 11, 122), midi::PitchBend(1, 65, 0),
-                                 midi::ControlChange(1, 11, 100), midi::PitchBend(1, 0, 64),
-                                 midi::NoteOff(1, 52, 0), midi::NoteOn(1, 54, 90)}));
+    EXPECT_EQ(rig.sink.sent,
+              (std::vector<MidiMessage>{midi::ControlChange(1, 11, 122), midi::PitchBend(1, 65, 0),
+                                        midi::ControlChange(1, 11, 100), midi::PitchBend(1, 0, 64),
+                                        midi::NoteOff(1, 52, 0), midi::NoteOn(1, 54, 90)}));
     EXPECT_EQ(rig.window.displayNote.load(), 54.0f);
 }
 

@@ -36,22 +36,22 @@ TEST(Connection, TheSingleRawAudioInputTakesOneConnectionAtItsOwnDestinationOnly
     EXPECT_EQ(rig.node->Connected({2, 2}, input.destination, format, &out), media::kOk);
 }
 
-TEST(Connection, ProgramAndStartAnnounceOnChannelOneAndStopSilences) {
+TEST(Connection, AProgramSilencesEveryKeyThenGoesOutAsItsLow8BitsOnChannelOneAsStartRepeatsIt) {
     NodeRig rig({.channel = 7});
     rig.sink.Clear();
-    rig.Set(PARAM_PROGRAM, 20);
-    EXPECT_EQ(rig.sink.sent.back(), midi::ProgramChange(1, 20));
-    EXPECT_EQ(rig.Get(PARAM_PROGRAM), 20);
+    rig.Set(PARAM_PROGRAM, 300);
+    const auto& sent = rig.sink.sent;
+    ASSERT_EQ(sent.size(), 16u * (1 + 128) + 1);
+    EXPECT_EQ(sent.front(), midi::ControlChange(1, 123, 0));
+    EXPECT_EQ(sent[1], midi::NoteOff(1, 0, 0));
+    EXPECT_EQ(sent.back(), midi::ProgramChange(1, 44));
+    EXPECT_EQ(rig.Get(PARAM_PROGRAM), 300);
     rig.sink.Clear();
     rig.node->Start(0);
-    const auto& started = rig.sink.sent;
-    ASSERT_GE(started.size(), 5u);
-    EXPECT_EQ(started[started.size() - 5], midi::ProgramChange(1, 20));
-    EXPECT_EQ(started.back(), midi::ControlChange(1, 38, 0));
+    ASSERT_GE(sent.size(), 5u);
+    EXPECT_EQ(sent[sent.size() - 5], midi::ProgramChange(1, 44));
+    EXPECT_EQ(sent.back(), midi::ControlChange(1, 38, 0));
     EXPECT_EQ(rig.node->MidiClock(), 0.0);
-    rig.sink.Clear();
-    rig.node->Stop(0, true);
-    EXPECT_EQ(rig.sink.sent.size(), 16u);
 }
 
 TEST(Connection, ThePreferredFormatIsMonoInBuffersOf1024Bytes) {

@@ -40,17 +40,6 @@ TEST(MidiSend, BendIsTwo7BitBytesBendRangeIsParameterZeroAndTheDisplayFollowsBot
     EXPECT_EQ(rig.window.displayVelocity.load(), 0.0f);
 }
 
-TEST(MidiSend, AProgramChangeSilencesEveryNoteThenSendsTheLow8Bits) {
-    NodeRig rig;
-    rig.sink.Clear();
-    rig.node->SendProgramChange(1, 300, 0.0);
-    const auto& sent = rig.sink.sent;
-    ASSERT_EQ(sent.size(), 16u * (1 + 128) + 1);
-    EXPECT_EQ(sent.front(), midi::ControlChange(1, 123, 0));
-    EXPECT_EQ(sent[1], midi::NoteOff(1, 0, 0));
-    EXPECT_EQ(sent.back(), midi::ProgramChange(1, 44));
-}
-
 TEST(MidiSend, TheRecordingOpensWithTheNodesSettingsThenStampsTimeSinceTheMidiClockBase) {
     NodeRig rig({.channel = 3});
     rig.Set(vocato::PARAM_PROGRAM, 300);
@@ -75,13 +64,12 @@ TEST(MidiSend, TheRecordingOpensWithTheNodesSettingsThenStampsTimeSinceTheMidiCl
         messages.push_back(store->EventAt(i).message);
         stamps.push_back(store->EventAt(i).stampMs);
     }
-    EXPECT_EQ(messages,
-              (std::vector<MidiMessage>{
-                  midi::ProgramChange(3, 44), midi::ControlChange(3, 101, 0),
-                  midi::ControlChange(3, 100, 0), midi::ControlChange(3, 6, 12),
-                  midi::ControlChange(3, 38, 0), midi::ControlChange(3, 11, 127),
-                  midi::ControlChange(3, 11, 90), midi::NoteOn(3, 60, 99),
-                  midi::PitchBend(3, 9000 & 0x7F, 9000 >> 7), midi::NoteOff(3, 60, 0)}));
+    EXPECT_EQ(messages, (std::vector<MidiMessage>{
+                            midi::ProgramChange(3, 44), midi::ControlChange(3, 101, 0),
+                            midi::ControlChange(3, 100, 0), midi::ControlChange(3, 6, 12),
+                            midi::ControlChange(3, 38, 0), midi::ControlChange(3, 11, 127),
+                            midi::ControlChange(3, 11, 90), midi::NoteOn(3, 60, 99),
+                            midi::PitchBend(3, 9000 & 0x7F, 9000 >> 7), midi::NoteOff(3, 60, 0)}));
     EXPECT_EQ(stamps, (std::vector<uint32_t>{0, 0, 0, 0, 0, 0, 2500, 200, 300, 400}));
 
     rig.window.recording.SetRecording(false);

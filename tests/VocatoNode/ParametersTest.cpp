@@ -104,7 +104,8 @@ TEST(Parameters, AChangeWaitsUntilItIsDueAndChangesFromAnyThreadApplyInTimeOrder
         rig.node->SetParameterValue(PARAM_TRANSPOSE, now + 1000, &early, 4);
     });
     gui.join();
-    for (const auto& [at, expected] : {std::pair{now, 0.0f}, {now + 1000, 2.0f}, {now + 2000, 3.0f}}) {
+    for (const auto& [at, expected] :
+         {std::pair{now, 0.0f}, {now + 1000, 2.0f}, {now + 2000, 3.0f}}) {
         rig.clock.Set(at);
         rig.node->RunEvents();
         EXPECT_EQ(rig.Get(PARAM_TRANSPOSE), expected) << at;
