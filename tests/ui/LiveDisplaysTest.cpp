@@ -9,15 +9,9 @@ using namespace vocato::ui::testing;
 
 namespace {
 
-QImage Octave(Panel& panel, int key) { return panel.artwork.Image(("c" + std::to_string(key)).c_str()); }
-
-void Sing(Panel& panel, float note) {
-    panel.host.note = note;
-    panel.Settle();
-}
-
 bool OctaveShows(Panel& panel, int octave, int key) {
-    return panel.ShowsOnSkin(Octave(panel, key), {60 + 74 * octave, 220});
+    const QImage picture = panel.artwork.Image(("c" + std::to_string(key)).c_str());
+    return panel.ShowsOnSkin(picture, {60 + 74 * octave, 220});
 }
 
 const QRgb kBar = qRgb(255, 31, 31);
@@ -44,14 +38,15 @@ TEST(LiveDisplays, EachNoteLightsItsKeyAndLeavingAnOctaveOrEndingTheNoteUnlights
         {107, {{6, 12}}},       // the top end
         {25, {{0, 2}, {6, 0}}}, // the bottom end; leaving an octave resets it
         {24, {{0, 2}}},         // 24 lies on the keyboard but lights nothing new
-        {60, {{0, 0}, {3, 1}}},
+        {60, {{0, 0}, {3, 1}}}, // middle C
         {64, {{3, 5}}},         // a step inside the octave
         {72, {{3, 0}, {4, 1}}}, // a leap
         {0, {{4, 0}}},          // the end of a note
     };
     Panel panel;
     for (const auto& [note, shown] : steps) {
-        Sing(panel, note);
+        panel.host.note = note;
+        panel.Settle();
         for (auto [octave, key] : shown) {
             EXPECT_TRUE(OctaveShows(panel, octave, key)) << note << ": octave " << octave;
         }

@@ -15,8 +15,10 @@ void Click(MainView* view, QPoint at, Qt::MouseButton button = Qt::LeftButton) {
     QTest::qWait(10);
 }
 
-bool TransposeLitAt(Panel& panel, int x) { return panel.ShowsOnSkin(panel.artwork.Image("On"), {x, 157}); }
-bool SourceLitAt(Panel& panel, int y) { return panel.ShowsOnSkin(panel.artwork.Image("On"), {166, y}); }
+// The transposition spots lie along row 157, the source spots down column 166.
+bool LitAt(Panel& panel, QPoint at) {
+    return panel.ShowsOnSkin(panel.artwork.Image("On"), at);
+}
 
 } // namespace
 
@@ -38,7 +40,7 @@ TEST(MainView, ButtonClicksSendTheirMessagesAndTwoStateButtonsStayDown) {
 
 TEST(MainView, ATransposeSpotIsSelectedOnlyInsideItsOpenBoundsAndOnlyByAPlainLeftPress) {
     Panel panel;
-    EXPECT_TRUE(TransposeLitAt(panel, 513)) << "no transposition lights the 0 spot";
+    EXPECT_TRUE(LitAt(panel, {513, 157})) << "no transposition lights the 0 spot";
     Click(panel.view.get(), {452, 160});
     Click(panel.view.get(), {467, 160});
     Click(panel.view.get(), {460, 165}, Qt::RightButton);
@@ -51,8 +53,8 @@ TEST(MainView, ATransposeSpotIsSelectedOnlyInsideItsOpenBoundsAndOnlyByAPlainLef
     Click(panel.view.get(), {460, 165});
     EXPECT_EQ(panel.host.state.transpose, -24);
     EXPECT_EQ(panel.host.sentTranspose, (std::vector<float>{24, -24}));
-    EXPECT_TRUE(TransposeLitAt(panel, 452));
-    EXPECT_FALSE(TransposeLitAt(panel, 513));
+    EXPECT_TRUE(LitAt(panel, {452, 157}));
+    EXPECT_FALSE(LitAt(panel, {513, 157}));
 }
 
 TEST(MainView, AnUnknownTranspositionLightsTheFarLeftAndAnExposeRestoresTheSelectors) {
@@ -61,8 +63,8 @@ TEST(MainView, AnUnknownTranspositionLightsTheFarLeftAndAnExposeRestoresTheSelec
     panel.host.state.liveInput = false;
     panel.view->update();
     QTest::qWait(20);
-    EXPECT_TRUE(TransposeLitAt(panel, 0));
-    EXPECT_TRUE(SourceLitAt(panel, 103));
+    EXPECT_TRUE(LitAt(panel, {0, 157}));
+    EXPECT_TRUE(LitAt(panel, {166, 103}));
 }
 
 TEST(MainView, SwitchingToAChosenFileEnablesPlayWaveAndBackDisablesIt) {
@@ -70,20 +72,20 @@ TEST(MainView, SwitchingToAChosenFileEnablesPlayWaveAndBackDisablesIt) {
     Click(panel.view.get(), {170, 110});
     EXPECT_EQ(panel.host.nodeFileCalls, 0) << "no file is chosen yet";
     EXPECT_TRUE(panel.host.producerChanges.empty());
-    EXPECT_TRUE(SourceLitAt(panel, 131));
+    EXPECT_TRUE(LitAt(panel, {166, 131}));
     panel.host.state.fileLoaded = true;
     Click(panel.view.get(), {170, 110});
     EXPECT_FALSE(panel.host.state.liveInput);
     PictureButton* play = panel.view->Button(PanelButton::PlayWave);
     EXPECT_TRUE(play->isEnabled());
     EXPECT_EQ(play->Value(), 0);
-    EXPECT_TRUE(SourceLitAt(panel, 103));
+    EXPECT_TRUE(LitAt(panel, {166, 103}));
     Click(panel.view.get(), {170, 110});
     EXPECT_EQ(panel.host.nodeFileCalls, 1) << "the file is already the source";
     Click(panel.view.get(), {170, 130});
     EXPECT_TRUE(panel.host.state.liveInput);
     EXPECT_FALSE(play->isEnabled());
-    EXPECT_TRUE(SourceLitAt(panel, 131));
+    EXPECT_TRUE(LitAt(panel, {166, 131}));
     EXPECT_EQ(panel.host.producerChanges,
               (std::vector<Source>{Source::SoundFile, Source::LiveInput}));
 }

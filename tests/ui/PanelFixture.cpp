@@ -1,7 +1,6 @@
 #include "PanelFixture.h"
 
 #include <QPainter>
-#include <QTest>
 
 #include <algorithm>
 
@@ -30,9 +29,5 @@ Panel::Panel() : skin(artwork.Image("skin")) {
     view->show();
     Settle();
 }
-
-void Panel::Settle(int ms) { QTest::qWait(ms); }
-
-QImage Panel::Shot() { return view->grab().toImage().convertToFormat(QImage::Format_RGB32); }
 
 } // namespace vocato::ui::testing

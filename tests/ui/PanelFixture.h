@@ -6,6 +6,7 @@
 #include "ResourceArtwork.h"
 
 #include <QImage>
+#include <QTest>
 
 #include <atomic>
 #include <memory>
@@ -47,8 +48,8 @@ bool Shows(const QImage& shot, const QImage& image, QPoint at, const QImage& bac
 struct Panel {
     Panel();
     // Runs the event loop long enough for every display timer to fire.
-    void Settle(int ms = 120);
-    QImage Shot();
+    void Settle(int ms = 120) { QTest::qWait(ms); }
+    QImage Shot() { return view->grab().toImage().convertToFormat(QImage::Format_RGB32); }
     bool ShowsOnSkin(const QImage& image, QPoint at) { return Shows(Shot(), image, at, skin); }
 
     ResourceArtwork artwork;

@@ -1,10 +1,9 @@
 #include "DoubleSlider.h"
 #include "OnSlider.h"
-#include "ResourceArtwork.h"
+#include "PanelFixture.h"
 
 #include <gtest/gtest.h>
 
-#include <QPainter>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -44,7 +43,8 @@ TEST(DoubleSlider, KeyGeometryMatchesTheKeyboardBelow) {
     EXPECT_EQ(DoubleSlider::NoteAt(73), 35);
     EXPECT_EQ(DoubleSlider::NoteAt(74), 36);
     EXPECT_EQ(DoubleSlider::NoteAt(517), 107);
-    EXPECT_FLOAT_EQ(DoubleSlider::GetPixel(10), 5) << "a stored note below the keyboard stays on it";
+    EXPECT_FLOAT_EQ(DoubleSlider::GetPixel(10), 5)
+        << "a stored note below the keyboard stays on it";
 }
 
 TEST(DoubleSlider, ASpanOfTheLargestWidthIsRefusedButTheReleaseStillReports) {
@@ -85,24 +85,23 @@ TEST(OnSlider, TheTrackMapsPixelsOntoTheRangeAndReportsOnRelease) {
     EXPECT_FLOAT_EQ(thumb.bottom, 26);
 
     QSignalSpy released(slider, &OnSlider::Released);
-    QTest::mousePress(slider, Qt::LeftButton, {}, QPoint(120, 10));
-    QTest::mouseRelease(slider, Qt::LeftButton, {}, QPoint(120, 10));
+    const auto click = [&](int x) {
+        QTest::mousePress(slider, Qt::LeftButton, {}, QPoint(x, 10));
+        QTest::mouseRelease(slider, Qt::LeftButton, {}, QPoint(x, 10));
+    };
+    click(120);
     ASSERT_EQ(released.count(), 1);
     EXPECT_FLOAT_EQ(released.at(0).at(0).toFloat(), 24);
-    QTest::mousePress(slider, Qt::LeftButton, {}, QPoint(7, 10));
-    QTest::mouseRelease(slider, Qt::LeftButton, {}, QPoint(7, 10));
+    click(7);
     EXPECT_FLOAT_EQ(slider->Value(), 0);
-    QTest::mousePress(slider, Qt::LeftButton, {}, QPoint(3, 10));
-    QTest::mouseRelease(slider, Qt::LeftButton, {}, QPoint(3, 10));
+    click(3);
     EXPECT_FLOAT_EQ(slider->Value(), 0) << "outside the track the value stays";
     EXPECT_EQ(released.count(), 3);
 
     slider->SetValue(12);
     QTest::qWait(20);
-    const QImage shot = slider->grab().toImage().convertToFormat(QImage::Format_RGB32);
-    const QRect at = slider->GetThumb(12).ToQRect();
-    QImage expected = artwork.Image("skin").copy(at.translated(16, 156)).convertToFormat(QImage::Format_RGB32);
-    QPainter(&expected).drawImage(0, 0, fader);
-    EXPECT_EQ(shot.copy(QRect(at.topLeft(), fader.size())), expected)
+    EXPECT_TRUE(vocato::ui::testing::Shows(slider->grab().toImage(), fader,
+                                           slider->GetThumb(12).ToQRect().topLeft(),
+                                           artwork.Image("skin").copy(slider->geometry())))
         << "the thumb moved to the middle of the track";
 }

@@ -11,7 +11,9 @@ using namespace vocato::ui;
 namespace {
 
 struct Meter {
-    Meter() : parent(new QWidget), meter(new Vumeter(parent.get(), QRect(QPoint(0, 0), QPoint(10, 100)), "Velocity", 0, 127, &value)) {
+    Meter()
+        : parent(new QWidget), meter(new Vumeter(parent.get(), QRect(QPoint(0, 0), QPoint(10, 100)),
+                                                 "Velocity", 0, 127, &value)) {
         parent->resize(20, 110);
         parent->show();
     }
