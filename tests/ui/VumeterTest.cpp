@@ -11,9 +11,7 @@ using namespace vocato::ui;
 namespace {
 
 struct Meter {
-    Meter()
-        : parent(new QWidget), meter(new Vumeter(parent.get(), QRect(QPoint(0, 0), QPoint(10, 100)),
-                                                 "Velocity", 0, 127, &value)) {
+    Meter() {
         parent->resize(20, 110);
         parent->show();
     }
@@ -33,8 +31,8 @@ struct Meter {
     }
 
     std::atomic<float> value{0.0f};
-    std::unique_ptr<QWidget> parent;
-    Vumeter* meter;
+    std::unique_ptr<QWidget> parent = std::make_unique<QWidget>();
+    Vumeter* meter = new Vumeter(parent.get(), QRect(0, 0, 11, 101), "Velocity", 0, 127, &value);
 };
 
 } // namespace
