@@ -70,7 +70,6 @@ struct CapturingSink final : media::MidiSink {
 
 struct RigSetup {
     int8_t channel = 1;
-    bool window = true;
     bool scripted = true; // false: the real engine
     bool synth = false;
     int16_t median = 0;
@@ -87,8 +86,8 @@ struct NodeRig {
         if (setup.scripted) {
             options.trackerFactory = [s = script] { return std::make_unique<ScriptedTracker>(s); };
         }
-        node = std::make_unique<VocatoNode>(setup.window ? &window : nullptr, nullptr, "",
-                                            setup.channel, std::move(options));
+        node =
+            std::make_unique<VocatoNode>(&window, nullptr, "", setup.channel, std::move(options));
         node->AddMidiOutput(&sink);
         node->NodeRegistered();
     }
