@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <numeric>
-
 namespace midi = vocato::media::midi;
 using vocato::media::MidiMessage;
 using vocato::test::NodeRig;
