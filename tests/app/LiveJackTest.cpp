@@ -2,9 +2,12 @@
 // listens to its MIDI and synthesizer ports.
 #include "LiveTestSupport.h"
 
+#include "MidiSink.h"
+#include "NodeAccess.h"
 #include "NodeParameters.h"
 
 #include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +17,50 @@
 
 namespace vocato::test {
 namespace {
+
+struct Decision {
+    int key;
+    int64_t sample; // index in the signal of the sample that completed the decision
+};
+
+class NoteOnCollector final : public media::MidiSink {
+public:
+    explicit NoteOnCollector(const VocatoNode& node) : node_(node) {}
+    void Send(const media::MidiMessage& m, uint32_t) noexcept override {
+        if (m.Status() == media::midi::kNoteOn && m.bytes[2] != 0) {
+            decisions.push_back({m.bytes[1], bufferStart + node_.DecisionFrame()});
+        }
+    }
+    std::vector<Decision> decisions;
+    int64_t bufferStart = 0;
+
+private:
+    const VocatoNode& node_;
+};
+
+// The note-ons a fresh node decides for `signal` fed in buffers of `period` frames.
+std::vector<Decision> OfflineNoteOns(const std::vector<float>& signal, uint32_t period) {
+    media::DisplaySink window;
+    VocatoNode node(&window, nullptr, "", 1, WithoutSynth());
+    NoteOnCollector collector(node);
+    node.AddMidiOutput(&collector);
+    node.NodeRegistered();
+    ConnectAudio(node, 1, 44100.0);
+    node.Start(0);
+    std::vector<int16_t> samples(period);
+    for (size_t at = 0; at + period <= signal.size(); at += period) {
+        for (uint32_t i = 0; i < period; ++i) {
+            const float x = std::clamp(signal[at + i] * 32768.0f, -32768.0f, 32767.0f);
+            samples[i] = static_cast<int16_t>(std::lrint(x));
+        }
+        media::Buffer buffer;
+        buffer.data = samples.data();
+        buffer.sizeUsed = period * sizeof(int16_t);
+        collector.bufferStart = static_cast<int64_t>(at);
+        node.BufferReceived(buffer);
+    }
+    return collector.decisions;
+}
 
 std::vector<RecordedEvent> NoteOns(const std::vector<RecordedEvent>& events) {
     std::vector<RecordedEvent> ons;
@@ -82,12 +129,26 @@ TEST_F(LiveJack, TheLiveInputFeedsTheNodeAMissingMidiPortIsReportedAndAFileChose
     EXPECT_TRUE(alerts.shown.empty());
 }
 
-TEST_F(LiveJack, TheMelodyReachesTheStoredMidiPortAtTheFramesTheNodeDecidesAndTheSynthSoundsIt) {
+// The input meter's peak is taken once: silence before the melody (the dummy capture port is
+// silent), the melody's peak once sung, and silence again after it.
+TEST_F(LiveJack, TheMelodyReachesTheStoredMidiPortAtTheFramesTheNodeDecidesAndMetersAndSoundsIt) {
     StartVocato(true, "recorder:midi_in");
     EXPECT_NE(report.find("MIDI output connected to \"recorder:midi_in\""), std::string::npos)
         << report;
+    app::LiveAudio& live = session->Audio();
+    auto peakAfterAFewCycles = [&] {
+        const uint64_t start = live.Jack()->Cycles();
+        EXPECT_TRUE(Wait([&] { return live.Jack()->Cycles() > start + 4; }));
+        return live.TakeInputPeak();
+    };
+    EXPECT_EQ(peakAfterAFewCycles(), 0.0f);
     ASSERT_TRUE(SingToEnd());
-    WaitFor([] { return false; }, 0.1);
+    float peak = 0.0f;
+    for (float x : Melody()) {
+        peak = std::max(peak, std::abs(x));
+    }
+    EXPECT_NEAR(live.TakeInputPeak(), peak, peak * 0.02f);
+    EXPECT_EQ(peakAfterAFewCycles(), 0.0f);
     const auto ons = NoteOns(recorder->Events());
     const auto expected = OfflineNoteOns(Melody(), 256);
     ASSERT_EQ(expected.size(), std::size(kMelodyKeys));

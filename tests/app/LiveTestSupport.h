@@ -1,6 +1,5 @@
-// What the live tests share: the melody they sing into Vocato, where the node itself decides
-// its notes when given the same audio offline, and Vocato on a private JACK server between a
-// singing player and a recorder.
+// What the live tests share: the melody they sing into Vocato, and Vocato on a private JACK
+// server between a singing player and a recorder.
 #pragma once
 
 #include "LiveSession.h"
@@ -20,16 +19,12 @@
 namespace vocato::test {
 
 // Three flute notes, C4 E4 A4, rendered at 44100 Hz with FluidSynth, peaks at -3 dBFS.
-const std::vector<float>& Melody();
+inline const std::vector<float>& Melody() {
+    static const std::vector<float> melody =
+        RenderMelody({{60, 0.10, 0.60}, {64, 0.80, 1.30}, {69, 1.50, 2.30}}, 73, 44100.0, 0.4);
+    return melody;
+}
 inline constexpr int kMelodyKeys[] = {60, 64, 69};
-
-struct Decision {
-    int key;
-    int64_t sample; // index in the signal of the sample that completed the decision
-};
-
-// The note-ons a fresh node decides for `signal` fed in buffers of `period` frames.
-std::vector<Decision> OfflineNoteOns(const std::vector<float>& signal, uint32_t period);
 
 inline NodeOptions WithoutSynth() {
     NodeOptions options;
@@ -38,7 +33,13 @@ inline NodeOptions WithoutSynth() {
 }
 
 // Settings for a session on the test's JACK server only (no ALSA fallback).
-app::LiveSettings JackOnlySettings(bool synth);
+inline app::LiveSettings JackOnlySettings(bool synth) {
+    app::LiveSettings settings;
+    settings.audio.alsa = false;
+    settings.audio.synth = synth;
+    settings.program = 73;
+    return settings;
+}
 
 // Vocato on a private JACK server: a player sings into its input, a recorder listens to its
 // MIDI and synthesizer ports.
