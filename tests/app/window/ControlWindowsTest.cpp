@@ -17,85 +17,69 @@
 #include "NodeAccess.h"
 #include "NodeParameters.h"
 
-#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QLabel>
 #include <QMessageBox>
 #include <QProgressBar>
-#include <QPushButton>
 #include <QSlider>
-#include <QTest>
 
 #include <thread>
 
 namespace vocato::test {
 
-class ConverterControls : public WindowTest {
-protected:
-    PanelWindow& Open() {
-        Win().MessageReceived(Message(kConverterControls));
-        return *static_cast<PanelWindow*>(Win().ControlsWindowOpen());
-    }
-    // Nothing plays in these tests, so the test is the node's thread: it applies what is due.
-    void ApplyQueuedChanges() {
-        std::this_thread::sleep_for(std::chrono::milliseconds(3));
-        Win().Session().Node().RunEvents();
-    }
-    template <class Control> Control* ControlFor(PanelWindow& panel, int32_t id) {
-        return qobject_cast<Control*>(panel.View()->ControlFor(id));
-    }
-};
-
-TEST_F(ConverterControls, OneWindowShowsEveryParameterWithTheNodesValues) {
-    PanelWindow& panel = Open();
+TEST_F(WindowTest, TheConverterControlsShowTheNodesValuesAndChangesGoThroughItsEventsAndBack) {
+    Win().MessageReceived(Message(kConverterControls));
+    auto& panel = *static_cast<PanelWindow*>(Win().ControlsWindowOpen());
     Win().MessageReceived(Message(kConverterControls));
     EXPECT_EQ(&panel, Win().ControlsWindowOpen()) << "a second request raises the open window";
     EXPECT_EQ(panel.windowTitle(), "Vocato controls");
     VocatoNode& node = Win().Session().Node();
+    auto spin = [&](int32_t id) {
+        return qobject_cast<QDoubleSpinBox*>(panel.View()->ControlFor(id));
+    };
     for (int32_t id : kParameterIds) {
         ASSERT_NE(panel.View()->ControlFor(id), nullptr) << id;
-        if (auto* spin = ControlFor<QDoubleSpinBox>(panel, id)) {
-            EXPECT_NEAR(spin->value(), ParameterValue(node, id), 0.01) << id;
+        if (spin(id) != nullptr) {
+            EXPECT_NEAR(spin(id)->value(), ParameterValue(node, id), 0.01) << id;
         }
     }
-    EXPECT_EQ(ControlFor<QComboBox>(panel, PARAM_PRESET)->count(), 20);
-    SaveScreenshot(panel, "converter-controls");
-}
+    auto* preset = qobject_cast<QComboBox*>(panel.View()->ControlFor(PARAM_PRESET));
+    EXPECT_EQ(preset->count(), 20);
+    // Nothing plays here, so the test is the node's thread: it applies what is due.
+    auto applyQueuedChanges = [&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(3));
+        node.RunEvents();
+    };
 
-TEST_F(ConverterControls, ChangesGoThroughTheNodesEventsAndItsAnswersComeBack) {
-    PanelWindow& panel = Open();
-    VocatoNode& node = Win().Session().Node();
-
-    auto* startLevel = ControlFor<QDoubleSpinBox>(panel, PARAM_START_LEVEL_DB);
+    QDoubleSpinBox* startLevel = spin(PARAM_START_LEVEL_DB);
     startLevel->setValue(-30);
     auto* slider = panel.View()->findChild<QSlider*>(startLevel->objectName() + "-slider");
     EXPECT_EQ(slider->value(), slider->maximum() - 60) << "half-decibel steps from the top";
     panel.View()->Refresh();
     EXPECT_EQ(startLevel->value(), -30) << "a change the node has not applied yet stays shown";
-    ApplyQueuedChanges();
+    applyQueuedChanges();
     EXPECT_EQ(ParameterValue(node, PARAM_START_LEVEL_DB), -30);
 
     // A preset rewrites the note range inside the node; the panel follows.
-    auto* preset = ControlFor<QComboBox>(panel, PARAM_PRESET);
     const int flute = preset->findText("Flute");
     preset->setCurrentIndex(flute);
     emit preset->activated(flute);
-    ApplyQueuedChanges();
+    applyQueuedChanges();
     EXPECT_EQ(ParameterValue(node, PARAM_PRESET), 18);
     panel.View()->Refresh();
-    EXPECT_EQ(ControlFor<QDoubleSpinBox>(panel, PARAM_MIDI_MIN)->value(), 60);
-    EXPECT_EQ(ControlFor<QDoubleSpinBox>(panel, PARAM_MIDI_MAX)->value(), 96);
+    EXPECT_EQ(spin(PARAM_MIDI_MIN)->value(), 60);
+    EXPECT_EQ(spin(PARAM_MIDI_MAX)->value(), 96);
     // The front panel reads the node on its own timer, later on a loaded machine.
     EXPECT_TRUE(QTest::qWaitFor([this] { return Win().PanelState().midiMin == 60; }, 2000))
         << "the front panel's range follows as well, not " << Win().PanelState().midiMin;
 
     // Moving the slider moves the number and the node.
-    auto* bendRange = ControlFor<QDoubleSpinBox>(panel, PARAM_BEND_RANGE);
+    QDoubleSpinBox* bendRange = spin(PARAM_BEND_RANGE);
     panel.View()->findChild<QSlider*>(bendRange->objectName() + "-slider")->setValue(11);
     EXPECT_EQ(bendRange->value(), 12);
-    ApplyQueuedChanges();
+    applyQueuedChanges();
     EXPECT_EQ(node.BendRange(), 12);
 }
 
@@ -119,7 +103,6 @@ TEST_F(WindowTest, ParametersOpensOnePreferencesWindowWithTheDefaults) {
         EXPECT_GT(rows[i]->geometry().top(), rows[i - 1]->geometry().bottom()) << i;
     }
     EXPECT_TRUE(view->rect().contains(view->TrackerField()->geometry()));
-    SaveScreenshot(*window, "preferences");
 
     window->close();
     Wait(20);
@@ -172,7 +155,6 @@ TEST_F(WindowTest, WithoutALiveInputTheInputWindowSaysSoAndOpensOnce) {
     ASSERT_NE(input->Notice(), nullptr);
     EXPECT_TRUE(input->Notice()->text().contains("no live input"))
         << input->Notice()->text().toStdString();
-    SaveScreenshot(*input, "input-no-audio");
     input->close();
     Wait(20);
     EXPECT_EQ(Win().InputWindowOpen(), nullptr);
@@ -209,7 +191,6 @@ TEST_F(InputWindowOnJack, TheLiveInputRunsFromTheStartAndTheWindowChangesWhichPo
     ASSERT_NE(second, nullptr);
     EXPECT_TRUE(first->isChecked()) << "Vocato connects the first capture port itself";
     EXPECT_FALSE(second->isChecked());
-    SaveScreenshot(*input, "input-jack");
 
     const std::string ours = Win().Session().Audio().Jack()->InputPortName();
     second->click();

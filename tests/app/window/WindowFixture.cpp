@@ -1,8 +1,5 @@
 #include "WindowFixture.h"
 
-#include <QPainter>
-#include <QTest>
-
 #include <cstdio>
 
 namespace vocato::test {
@@ -61,46 +58,11 @@ void WindowTest::TearDown() {
     prefs = nullptr;
 }
 
-QImage WindowTest::Shot() { return Win().grab().toImage().convertToFormat(QImage::Format_RGB32); }
-
-void WindowTest::Wait(int ms) { QTest::qWait(ms); }
-
-void WindowTest::Click(QPoint at) {
-    QTest::mouseClick(Win().View(), Qt::LeftButton, {}, at);
-    Wait(20);
-}
-
-void WindowTest::SaveScreenshot(const char* name) { SaveScreenshot(Win(), name); }
-
 void WindowTest::SaveScreenshot(QWidget& widget, const char* name) {
     const QByteArray dir = qgetenv("VOCATO_SCREENSHOTS");
     if (!dir.isEmpty()) {
         widget.grab().save(QString::fromLocal8Bit(dir) + "/" + name + ".png");
     }
-}
-
-std::vector<int> WindowTest::LitNotes(const QImage& shot) {
-    if (litKeys_.empty()) {
-        ResourceArtwork artwork;
-        for (int octave = 0; octave < 7; ++octave) {
-            const QRect area(60 + 74 * octave, 220, 74, 60);
-            for (int key = 1; key <= 12; ++key) {
-                QImage expected = skin_.copy(area).convertToFormat(QImage::Format_RGB32);
-                QPainter(&expected).drawImage(0, 0, artwork.Image(("c" + std::to_string(key)).c_str()));
-                litKeys_.push_back(expected);
-            }
-        }
-    }
-    std::vector<int> notes;
-    for (int octave = 0; octave < 7; ++octave) {
-        const QImage part = shot.copy(QRect(60 + 74 * octave, 220, 74, 60));
-        for (int key = 1; key <= 12; ++key) {
-            if (part == litKeys_[size_t(octave * 12 + key - 1)]) {
-                notes.push_back(24 + 12 * octave + key - 1);
-            }
-        }
-    }
-    return notes;
 }
 
 } // namespace vocato::test

@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QImage>
 #include <QMenu>
+#include <QTest>
 
 #include <string>
 #include <vector>
@@ -39,20 +40,22 @@ protected:
     // No audio system by default: sound files still play.
     virtual WindowOptions Options() const;
     NodeHarnessWin& Win() { return *app_->Window(); }
-    QImage Shot();
+    QImage Shot() { return Win().grab().toImage().convertToFormat(QImage::Format_RGB32); }
     // Runs the event loop for `ms` milliseconds.
-    static void Wait(int ms);
-    void Click(QPoint at);
-    // Saves the window's picture as NAME.png when VOCATO_SCREENSHOTS names a directory.
-    void SaveScreenshot(const char* name);
+    static void Wait(int ms) { QTest::qWait(ms); }
+    void Click(QPoint at) {
+        QTest::mouseClick(Win().View(), Qt::LeftButton, {}, at);
+        Wait(20);
+    }
+    void Press(ui::PanelButton button) {
+        QTest::mouseClick(Win().View()->Button(button), Qt::LeftButton);
+        Wait(20);
+    }
+    // Saves the picture as NAME.png when VOCATO_SCREENSHOTS names a directory.
     static void SaveScreenshot(QWidget& widget, const char* name);
-
-    // The notes whose keys are lit on the keyboard display, from the window's picture.
-    std::vector<int> LitNotes(const QImage& shot);
 
     std::unique_ptr<NodeHarnessApp> app_;
     QImage skin_;
-    std::vector<QImage> litKeys_; // octave by octave, C to B, on the skin
 };
 
 // The same on a private JACK server (dummy backend): the live input is there from the start.

@@ -1,8 +1,8 @@
-#include "WindowFixture.h"
 #include "WindowMessages.h"
+#include "WindowFixture.h"
 
 #include "AboutWin.h"
-
+#include "Fixtures.h"
 #include "InstrumentTables.h"
 #include "Menus.h"
 #include "MidiRecording.h"
@@ -11,9 +11,6 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPainter>
-#include <QTest>
-
-#include "Fixtures.h"
 
 namespace vocato::test {
 
@@ -34,33 +31,29 @@ std::string StoredString(const char* key) {
 
 } // namespace
 
-TEST_F(WindowTest, WithoutSettingsTheFirstPresetAndThePianoAreChosenAndANamelessPresetKeepsIt) {
+// Without settings the first preset and the piano are chosen; the buttons' pop-ups change them.
+TEST_F(WindowTest, ThePresetAndInstrumentStartAtTheDefaultsAndFollowTheMessagesAndPopUps) {
     EXPECT_EQ(Win().PresetValue(), 1);
     EXPECT_EQ(Win().InstrumentValue(), 0);
     EXPECT_EQ(Win().View()->PresetName(), "Default");
     EXPECT_EQ(Win().View()->InstrumentName(), "ACOUSTIC GRAND");
-    int8_t preset = 0;
-    EXPECT_EQ(prefs->GetInt8("Preset", 0, &preset), 1);
+    int8_t stored = 0;
+    EXPECT_EQ(prefs->GetInt8("Preset", 0, &stored), 1);
     EXPECT_EQ(StoredString("instrumentName"), "ACOUSTIC GRAND");
     EXPECT_EQ(Win().size(), skin_.size());
-    SaveScreenshot("panel-at-start");
 
     Message numberOnly(kPresetChosen);
     numberOnly.AddInt8("Preset", 5);
     Win().MessageReceived(numberOnly);
     EXPECT_EQ(Win().PresetValue(), 5);
-    EXPECT_EQ(Win().View()->PresetName(), "Default") << "a preset without a name keeps the shown one";
+    EXPECT_EQ(Win().View()->PresetName(), "Default")
+        << "a preset without a name keeps the shown one";
     EXPECT_EQ(StoredString("PresetName"), "Default");
-}
 
-TEST_F(WindowTest, TheButtonsOpenThePopUpsWhoseChoicesReachTheNodeAndTheSettings) {
-    QTest::mouseClick(Win().View()->Button(ui::PanelButton::Instrument), Qt::LeftButton);
-    Wait(20);
+    Press(ui::PanelButton::Instrument);
     EXPECT_TRUE(Win().InstrumentMenu()->isVisible());
-    SaveScreenshot(*Win().InstrumentMenu(), "instrument-menu");
     Win().InstrumentMenu()->close();
-    QTest::mouseClick(Win().View()->Button(ui::PanelButton::Preset), Qt::LeftButton);
-    Wait(20);
+    Press(ui::PanelButton::Preset);
     EXPECT_TRUE(Win().PresetMenu()->isVisible());
     Win().PresetMenu()->close();
 
@@ -75,8 +68,7 @@ TEST_F(WindowTest, TheButtonsOpenThePopUpsWhoseChoicesReachTheNodeAndTheSettings
     EXPECT_EQ(Win().View()->PresetName(), QString::fromLatin1(kPresetLabels[2]));
     EXPECT_EQ(Win().View()->InstrumentName(), "VIOLIN");
     EXPECT_EQ(StoredString("PresetName"), kPresetLabels[2]);
-    int8_t program = 0;
-    EXPECT_EQ(prefs->GetInt8("Instrument", 0, &program), 40);
+    EXPECT_EQ(prefs->GetInt8("Instrument", 0, &stored), 40);
 }
 
 TEST_F(WindowTest, AMessageTheWindowDoesNotKnowEndsWithTheApplication) {
@@ -93,7 +85,6 @@ TEST_F(WindowTest, OpenWaveShowsThePanelAndItsChoiceBecomesTheFile) {
     ASSERT_TRUE(Win().OpenPanel()->isVisible());
     Win().OpenPanel()->setDirectory(QString::fromStdString(dir.Path()));
     Wait(50);
-    SaveScreenshot(*Win().OpenPanel(), "open-panel");
     auto* name = Win().OpenPanel()->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
     ASSERT_NE(name, nullptr);
     QTest::keyClicks(name, QStringLiteral("song.wav"));
@@ -104,14 +95,13 @@ TEST_F(WindowTest, OpenWaveShowsThePanelAndItsChoiceBecomesTheFile) {
 }
 
 TEST_F(WindowTest, TheExportPanelOpensOnlyWhenSomethingWasRecorded) {
-    QTest::mouseClick(Win().View()->Button(ui::PanelButton::RecMidi), Qt::LeftButton);
-    Wait(20);
+    Press(ui::PanelButton::RecMidi);
     ASSERT_NE(Win().MidiStore(), nullptr);
     EXPECT_TRUE(Win().Recording());
     EXPECT_EQ(Win().MidiStore()->CountEvents(), kOpeningEvents);
     Win().MessageReceived(Message(kExportMidi));
     EXPECT_FALSE(Win().SavePanel()->isVisible());
-    QTest::mouseClick(Win().View()->Button(ui::PanelButton::StopMidi), Qt::LeftButton);
+    Press(ui::PanelButton::StopMidi);
     EXPECT_FALSE(Win().Recording());
     EXPECT_EQ(Win().View()->Button(ui::PanelButton::RecMidi)->Value(), 0);
     EXPECT_NE(Win().MidiStore(), nullptr) << "a stopped recording is kept for export";
