@@ -83,7 +83,7 @@ TEST_F(WindowTest, TheConverterControlsShowTheNodesValuesAndChangesGoThroughItsE
     EXPECT_EQ(node.BendRange(), 12);
 }
 
-TEST_F(WindowTest, ParametersOpensOnePreferencesWindowWithTheDefaults) {
+TEST_F(WindowTest, ParametersOpensOnePreferencesWindowWhoseChoicesWaitForTheNextStart) {
     Win().MessageReceived(Message(kParameters));
     Win().MessageReceived(Message(kParameters));
     EXPECT_EQ(VisibleWindows<PrefWindow>().size(), 1u);
@@ -113,13 +113,10 @@ TEST_F(WindowTest, ParametersOpensOnePreferencesWindowWithTheDefaults) {
     EXPECT_EQ(prefs->GetInt32("MidiPort", -1, &value), 0);
     EXPECT_EQ(prefs->GetInt8("MidiChannel", 0, &channel), 1);
     Win().MessageReceived(Message(kParameters));
-    EXPECT_NE(Win().PrefWindowOpen(), nullptr) << "after closing, a new one opens";
-}
+    ASSERT_NE(Win().PrefWindowOpen(), nullptr) << "after closing, a new one opens";
 
-TEST_F(WindowTest, PreferencesChosenReachTheSettingsFileAndWaitForTheNextStart) {
-    Win().MessageReceived(Message(kParameters));
-    auto* window = static_cast<PrefWindow*>(Win().PrefWindowOpen());
-    HardwarePrefView* view = window->HardwareView();
+    window = static_cast<PrefWindow*>(Win().PrefWindowOpen());
+    view = window->HardwareView();
     view->InternalSynthBox()->click();
     view->ExternalPortBox()->click();
     FindItem(view->ChannelField()->Menu(), "5")->trigger();
@@ -133,8 +130,6 @@ TEST_F(WindowTest, PreferencesChosenReachTheSettingsFileAndWaitForTheNextStart) 
     EXPECT_EQ(Win().Session().Tracker(), kDefaultTrackerKind);
     delete app_->Window();
     TPreferences file("Vocato");
-    int32_t value = -1;
-    int8_t channel = 0;
     char port[256];
     EXPECT_EQ(file.GetInt32("InternalSynth", -1, &value), 0);
     EXPECT_EQ(file.GetInt32("MidiPort", -1, &value), 1);
