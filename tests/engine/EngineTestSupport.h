@@ -17,26 +17,50 @@ struct EngineDeleter {
 };
 using EnginePtr = std::unique_ptr<WFETState, EngineDeleter>;
 
-inline EnginePtr NewEngine() { return EnginePtr(WFETBegProcess()); }
+inline EnginePtr NewEngine() {
+    return EnginePtr(WFETBegProcess());
+}
 
-// A fresh engine fed the values, in the order, the converter feeds one for a voice.
+// A voice preset's range, bend and level mode; the rest is the same for every voice.
+struct Setup {
+    double rate = 44100;
+    double minNote = 36;
+    double maxNote = 72;
+    double bendRange = 4;
+    double levelMode = WFET_LEVEL_EXPRESSION;
+};
+
+// Hands `set` the codes and values in the order the converter feeds them, as the floats its
+// presets hold.
+template <class Set> void ConfigureVoice(const Setup& v, Set set) {
+    set(WFET_SAMPLE_RATE, v.rate);
+    set(WFET_FILTER_SPAN, 1.0f);
+    set(WFET_MAX_NOTE, v.maxNote);
+    set(WFET_MIN_NOTE, v.minNote);
+    set(WFET_BEND_RANGE, v.bendRange);
+    const std::pair<int16_t, double> steps[] = {
+        {WFET_START_LEVEL_DB, -24}, {WFET_HOLD_LEVEL_DB, -36}, {WFET_START_DISTANCE, 0.1f},
+        {WFET_HOLD_DISTANCE, 0.3f}, {WFET_LAG_WEIGHT, 0.1f},   {WFET_START_PERIODS, 2},
+        {WFET_HOLD_PERIODS, 2},     {WFET_CONTINUITY, 0.1f},   {WFET_MEDIAN, 0},
+        {WFET_CONFIRM, 0},          {WFET_LEVEL_CEIL_DB, -6}};
+    for (auto [code, value] : steps) {
+        set(code, value);
+    }
+    set(WFET_LEVEL_MODE, v.levelMode);
+}
+
 inline EnginePtr VoiceEngine() {
     EnginePtr s = NewEngine();
-    const std::pair<int16_t, double> steps[] = {
-        {WFET_SAMPLE_RATE, 44100}, {WFET_FILTER_SPAN, 1.0f},    {WFET_MAX_NOTE, 72},
-        {WFET_MIN_NOTE, 36},       {WFET_BEND_RANGE, 4},        {WFET_START_LEVEL_DB, -24},
-        {WFET_HOLD_LEVEL_DB, -36}, {WFET_START_DISTANCE, 0.1f}, {WFET_HOLD_DISTANCE, 0.3f},
-        {WFET_LAG_WEIGHT, 0.1f},   {WFET_START_PERIODS, 2},     {WFET_HOLD_PERIODS, 2},
-        {WFET_CONTINUITY, 0.1f},   {WFET_MEDIAN, 0},            {WFET_CONFIRM, 0},
-        {WFET_LEVEL_CEIL_DB, -6},  {WFET_LEVEL_MODE, 2}};
-    for (auto [code, value] : steps) {
-        WFETSet(s.get(), code, value);
-    }
+    ConfigureVoice({}, [&](int16_t code, double value) { WFETSet(s.get(), code, value); });
     return s;
 }
 
-inline double NoteFrequency(double note) { return 440.0 * std::pow(2.0, (note - 69) / 12); }
-inline double Cents(double f, double reference) { return 1200 * std::log2(f / reference); }
+inline double NoteFrequency(double note) {
+    return 440.0 * std::pow(2.0, (note - 69) / 12);
+}
+inline double Cents(double f, double reference) {
+    return 1200 * std::log2(f / reference);
+}
 
 // A sum of harmonics with the given amplitudes (index 0 is the fundamental), at a peak level
 // in dBFS, optionally with a sinusoidal vibrato of `vibratoCents` at `vibratoHz`, or a glide
@@ -62,8 +86,7 @@ inline std::vector<int16_t> Render(const Tone& t, double rate = 44100) {
     double phase = 0;
     for (size_t i = 0; i < n; ++i) {
         const double progress = static_cast<double>(i) / static_cast<double>(n);
-        const double glide =
-            t.glideTo > 0 ? std::pow(t.glideTo / t.frequency, progress) : 1.0;
+        const double glide = t.glideTo > 0 ? std::pow(t.glideTo / t.frequency, progress) : 1.0;
         const double f = t.frequency * glide *
                          std::pow(2.0, t.vibratoCents / 1200 *
                                            std::sin(2 * std::numbers::pi * t.vibratoHz * i / rate));
@@ -92,7 +115,8 @@ struct Trace {
 };
 
 // Feeds the samples in chunks of 16, as the converter does, `blockSamples` at a time.
-inline Trace RunEngine(WFETState* s, const std::vector<int16_t>& samples, size_t blockSamples = 16) {
+inline Trace RunEngine(WFETState* s, const std::vector<int16_t>& samples,
+                       size_t blockSamples = 16) {
     Trace trace;
     WFETMidiOut out{-1, -1, 0, 8192, 0};
     size_t frame = 0;

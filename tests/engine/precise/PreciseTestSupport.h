@@ -17,29 +17,12 @@ namespace precisetest {
 
 using enginetest::NoteFrequency;
 using enginetest::Render;
+using enginetest::Setup;
 using enginetest::Tone;
-
-struct Setup {
-    double rate = 44100;
-    double minNote = 36;
-    double maxNote = 72;
-    double bendRange = 4;
-    double levelMode = WFET_LEVEL_EXPRESSION;
-};
 
 inline std::unique_ptr<vocato::PitchTracker> MakeTracker(const Setup& s = {}) {
     auto tracker = vocato::MakePreciseTracker();
-    const std::pair<int16_t, double> steps[] = {
-        {WFET_SAMPLE_RATE, s.rate},    {WFET_FILTER_SPAN, 1.0},        {WFET_MAX_NOTE, s.maxNote},
-        {WFET_MIN_NOTE, s.minNote},    {WFET_BEND_RANGE, s.bendRange}, {WFET_START_LEVEL_DB, -24},
-        {WFET_HOLD_LEVEL_DB, -36},     {WFET_START_DISTANCE, 0.1},     {WFET_HOLD_DISTANCE, 0.3},
-        {WFET_LAG_WEIGHT, 0.1},        {WFET_START_PERIODS, 2},        {WFET_HOLD_PERIODS, 2},
-        {WFET_CONTINUITY, 0.1},        {WFET_MEDIAN, 0},               {WFET_CONFIRM, 0},
-        {WFET_LEVEL_CEIL_DB, -6},      {WFET_LEVEL_MODE, s.levelMode},
-    };
-    for (auto [code, value] : steps) {
-        tracker->Set(code, value);
-    }
+    enginetest::ConfigureVoice(s, [&](int16_t code, double value) { tracker->Set(code, value); });
     return tracker;
 }
 
@@ -99,7 +82,9 @@ inline std::vector<int16_t> Vowel(double frequency, double seconds, double f1, d
 
 // A tone of three harmonics at `levelDb` dBFS peak.
 inline std::vector<int16_t> Harmonic(double note, double seconds, double levelDb = -6) {
-    return Render({.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = levelDb,
+    return Render({.frequency = NoteFrequency(note),
+                   .seconds = seconds,
+                   .levelDb = levelDb,
                    .harmonics = {1, 0.5, 0.3}});
 }
 
