@@ -112,6 +112,15 @@ struct Trace {
     std::vector<Event> events;        // frames with a note-off or a note-on
     std::vector<WFETMidiOut> outputs; // every frame's record
     std::vector<double> frequencies;  // every frame's frequency (-1 when unvoiced)
+    std::vector<int16_t> NoteOns() const {
+        std::vector<int16_t> notes;
+        for (const Event& e : events) {
+            if (e.noteOn >= 0) {
+                notes.push_back(e.noteOn);
+            }
+        }
+        return notes;
+    }
 };
 
 // Feeds the samples in chunks of 16, as the converter does, `blockSamples` at a time.

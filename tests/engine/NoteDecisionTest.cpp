@@ -20,7 +20,8 @@ protected:
         WFETSet(s.get(), WFET_LEVEL_CEIL_DB, -6);
         out = {-1, -1, 0, 8192, 0};
     }
-    void Frame(double frequency, double level = 10000, double distance = 0.01, double period = 100) {
+    void Frame(double frequency, double level = 10000, double distance = 0.01,
+               double period = 100) {
         s->frequency = frequency;
         s->distance = distance;
         s->inputLevel = level;
@@ -46,15 +47,11 @@ TEST_F(NoteDecision, BendCoversTheRangeAndRetriggersOnlyBeyondIt) {
     WFETSet(s.get(), WFET_BEND_RANGE, 2);
     Frame(440);
     ASSERT_EQ(out.noteOn, 69);
-    struct Case {
-        double pitch;
-        int16_t bend;
-    };
-    for (const Case c : {Case{71, 16383}, Case{67, 1}, Case{69.5, 10239}}) {
-        Frame(NoteFrequency(c.pitch));
-        EXPECT_EQ(out.noteOn, -1) << c.pitch;
-        EXPECT_EQ(out.noteOff, -1) << c.pitch;
-        EXPECT_EQ(out.bend, c.bend) << c.pitch;
+    for (auto [pitch, bend] : {std::pair<double, int16_t>{71, 16383}, {67, 1}, {69.5, 10239}}) {
+        Frame(NoteFrequency(pitch));
+        EXPECT_EQ(out.noteOn, -1) << pitch;
+        EXPECT_EQ(out.noteOff, -1) << pitch;
+        EXPECT_EQ(out.bend, bend) << pitch;
     }
     Frame(NoteFrequency(71.01));
     EXPECT_EQ(out.noteOff, 69);
@@ -76,16 +73,15 @@ TEST_F(NoteDecision, ANoteStartBoundsTheSearchToTheBendRangeAroundItsPeriod) {
 }
 
 TEST_F(NoteDecision, TheLevelMapsLinearlyInDecibelsBetweenFloorAndCeiling) {
-    struct Case {
-        double level;
-        int16_t expression;
-    };
-    for (const Case c : {Case{kLevelAtMinus21Db, 63}, Case{32767, 127}, Case{16423, 127},
-                         Case{32768 * 0.0158, 0}, Case{2, 0}}) {
+    for (auto [level, expression] : {std::pair<double, int16_t>{kLevelAtMinus21Db, 63},
+                                     {32767, 127},
+                                     {16423, 127},
+                                     {32768 * 0.0158, 0},
+                                     {2, 0}}) {
         SetUp();
         WFETSet(s.get(), WFET_START_LEVEL, 1);
-        Frame(440, c.level);
-        EXPECT_EQ(out.expression, c.expression) << c.level;
+        Frame(440, level);
+        EXPECT_EQ(out.expression, expression) << level;
         EXPECT_EQ(out.velocity, 127);
     }
 }
@@ -120,7 +116,7 @@ TEST_F(NoteDecision, EachLevelModeWritesVelocityAndExpressionAsItsTableSays) {
     EXPECT_EQ(out.expression, 44);
 }
 
-TEST_F(NoteDecision, AnUnvoicedFrameEndsTheNoteAndLeavesTheOtherFieldsAlone) {
+TEST_F(NoteDecision, AnUnvoicedFrameEndsTheNoteAndOnlyClampsTheOtherFields) {
     Frame(440);
     out.bend = 9000;
     out.velocity = 50;
@@ -132,8 +128,14 @@ TEST_F(NoteDecision, AnUnvoicedFrameEndsTheNoteAndLeavesTheOtherFieldsAlone) {
     EXPECT_EQ(out.bend, 9000);
     EXPECT_EQ(out.velocity, 50);
     EXPECT_EQ(out.expression, 70);
+    out.bend = 20000;
+    out.velocity = 300;
+    out.expression = -5;
     Frame(440, 10000, 1.5);
     EXPECT_EQ(out.noteOff, -1);
+    EXPECT_EQ(out.bend, 16383);
+    EXPECT_EQ(out.velocity, 127);
+    EXPECT_EQ(out.expression, 0);
 }
 
 TEST_F(NoteDecision, StartingNeedsMoreLevelAndACloserMatchThanHolding) {
@@ -169,16 +171,6 @@ TEST_F(NoteDecision, TheMedianOfThreeFramesDecides) {
     EXPECT_EQ(out.noteOn, 43);
     Frame(150);
     EXPECT_EQ(s->decisionFreq, 150);
-}
-
-TEST_F(NoteDecision, OutputsAreClampedOnEveryFrame) {
-    out.bend = 20000;
-    out.velocity = 300;
-    out.expression = -5;
-    Frame(440, 10000, 1.5);
-    EXPECT_EQ(out.bend, 16383);
-    EXPECT_EQ(out.velocity, 127);
-    EXPECT_EQ(out.expression, 0);
 }
 
 } // namespace

@@ -27,13 +27,8 @@ TEST(SignalTracking, ASteadyToneStartsOneNoteOnTheRightPitchWithinAFewCents) {
                                           << ", note " << note << " at " << levelDb << " dBFS");
         const double f = NoteFrequency(note);
         const Trace t = RunVoice(Render({.frequency = f, .levelDb = levelDb, .harmonics = shape}));
-        std::vector<int16_t> starts;
-        for (const Event& e : t.events) {
-            if (e.noteOn >= 0) {
-                starts.push_back(e.noteOn);
-            }
-        }
-        EXPECT_EQ(starts, std::vector<int16_t>{static_cast<int16_t>(note)}) << "none re-struck";
+        EXPECT_EQ(t.NoteOns(), std::vector<int16_t>{static_cast<int16_t>(note)})
+            << "none re-struck";
         double worst = 0;
         for (size_t i = kWarmUpFrames; i < t.frequencies.size(); ++i) {
             ASSERT_GT(t.frequencies[i], 0) << "unvoiced at frame " << i;
@@ -44,33 +39,27 @@ TEST(SignalTracking, ASteadyToneStartsOneNoteOnTheRightPitchWithinAFewCents) {
 }
 
 // Exact event lists: any change to the analysis or the decision that moves an event by one
-// frame shows up here first.
-TEST(SignalTracking, A441HzToneGivesExactlyOneNoteOnAndANoteOffAfterItStops) {
-    std::vector<int16_t> signal = Render({.frequency = 441, .seconds = 0.5});
-    ASSERT_EQ(signal.size() / 16, 1378u); // the tone's last frame
-    signal.resize(signal.size() + 22050, 0);
-    const std::vector<Event> expected = {{15, -1, 69, 127}, {1501, 69, -1, 127}};
-    EXPECT_EQ(RunVoice(signal).events, expected);
-}
-
-TEST(SignalTracking, ALeapBeyondTheBendRangeEndsTheNoteAndStartsTheNewOne) {
-    std::vector<int16_t> signal = Render({.frequency = NoteFrequency(57), .seconds = 0.5});
-    const std::vector<int16_t> high = Render({.frequency = NoteFrequency(64), .seconds = 0.5});
-    signal.insert(signal.end(), high.begin(), high.end());
-    // The sounding note's search cannot follow a fifth beyond its bend range: the match is
-    // lost, the note ends, and the new pitch starts afresh.
-    const std::vector<Event> expected = {{34, -1, 57, 127}, {1397, 57, -1, 127}, {1406, -1, 64, 127}};
-    EXPECT_EQ(RunVoice(signal).events, expected);
+// frame shows up here first. The sounding note's search cannot follow a fifth beyond its bend
+// range: the match is lost, the note ends, and the new pitch starts afresh.
+TEST(SignalTracking, AToneThatStopsOrLeapsAFifthGivesExactlyTheseEvents) {
+    const auto tone = [](double f) { return Render({.frequency = f, .seconds = 0.5}); };
+    std::vector<int16_t> stops = tone(441);
+    ASSERT_EQ(stops.size() / 16, 1378u); // the tone's last frame
+    stops.resize(stops.size() + 22050, 0);
+    EXPECT_EQ(RunVoice(stops).events, (std::vector<Event>{{15, -1, 69, 127}, {1501, 69, -1, 127}}));
+    std::vector<int16_t> leap = tone(NoteFrequency(57));
+    const std::vector<int16_t> high = tone(NoteFrequency(64));
+    leap.insert(leap.end(), high.begin(), high.end());
+    const std::vector<Event> expected = {
+        {34, -1, 57, 127}, {1397, 57, -1, 127}, {1406, -1, 64, 127}};
+    EXPECT_EQ(RunVoice(leap).events, expected);
 }
 
 TEST(SignalTracking, VibratoWithinTheBendRangeStaysOneNoteAndMovesTheBend) {
-    const Trace t = RunVoice(Render({.frequency = NoteFrequency(60), .seconds = 1.5,
-                                     .harmonics = {1.0, 0.4}, .vibratoCents = 50}));
-    int ons = 0;
-    for (const Event& e : t.events) {
-        ons += e.noteOn >= 0 ? 1 : 0;
-    }
-    EXPECT_EQ(ons, 1);
+    Tone vibrato{.frequency = NoteFrequency(60), .seconds = 1.5, .vibratoCents = 50};
+    vibrato.harmonics = {1.0, 0.4};
+    const Trace t = RunVoice(Render(vibrato));
+    EXPECT_EQ(t.NoteOns().size(), 1u);
     int16_t low = 16383;
     int16_t high = 0;
     for (size_t i = kWarmUpFrames; i < t.outputs.size(); ++i) {
@@ -93,8 +82,8 @@ TEST(SignalTracking, WhiteNoiseBelowTheStartLevelStartsNothing) {
 }
 
 TEST(SignalTracking, OutputIsIdenticalForEveryBufferSizeThatIsAMultipleOf16) {
-    const std::vector<int16_t> signal = Render({.frequency = 196, .seconds = 1.0, .harmonics = {1.0, 0.5, 0.25},
-                                                .vibratoCents = 30});
+    const Tone tone{.frequency = 196, .harmonics = {1.0, 0.5, 0.25}, .vibratoCents = 30};
+    const std::vector<int16_t> signal = Render(tone);
     const Trace expected = RunVoice(signal, 16);
     for (size_t block : {32u, 128u, 1024u, 4096u, 44096u}) {
         const Trace t = RunVoice(signal, block);
