@@ -22,7 +22,7 @@ inline EnginePtr NewEngine() {
 }
 
 // A voice preset's range, bend and level mode; the rest is the same for every voice.
-struct Setup {
+struct Voice {
     double rate = 44100;
     double minNote = 36;
     double maxNote = 72;
@@ -32,7 +32,7 @@ struct Setup {
 
 // Hands `set` the codes and values in the order the converter feeds them, as the floats its
 // presets hold.
-template <class Set> void ConfigureVoice(const Setup& v, Set set) {
+template <class Set> void ConfigureVoice(const Voice& v, Set set) {
     set(WFET_SAMPLE_RATE, v.rate);
     set(WFET_FILTER_SPAN, 1.0f);
     set(WFET_MAX_NOTE, v.maxNote);

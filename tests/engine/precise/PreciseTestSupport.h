@@ -17,10 +17,10 @@ namespace precisetest {
 
 using enginetest::NoteFrequency;
 using enginetest::Render;
-using enginetest::Setup;
 using enginetest::Tone;
+using enginetest::Voice;
 
-inline std::unique_ptr<vocato::PitchTracker> MakeTracker(const Setup& s = {}) {
+inline std::unique_ptr<vocato::PitchTracker> MakeTracker(const Voice& s = {}) {
     auto tracker = vocato::MakePreciseTracker();
     enginetest::ConfigureVoice(s, [&](int16_t code, double value) { tracker->Set(code, value); });
     return tracker;
@@ -109,6 +109,8 @@ struct Note {
     size_t offFrame;    // the frame count when still sounding at the end
     double meanPitch;   // fine pitch from note and bend, averaged over the middle half
     double pitchSpread; // largest distance of that fine pitch from its mean, in semitones
+    double OnSeconds() const { return onFrame * 16 / 44100.0; }
+    double OffSeconds() const { return offFrame * 16 / 44100.0; }
 };
 
 struct TrackRun {
@@ -169,6 +171,11 @@ inline TrackRun Track(vocato::PitchTracker& tracker, const std::vector<int16_t>&
         close(run.outputs.size());
     }
     return run;
+}
+
+// A fresh tracker set up for a voice.
+inline TrackRun Track(const std::vector<int16_t>& samples, const Voice& setup = {}) {
+    return Track(*MakeTracker(setup), samples, setup.bendRange);
 }
 
 } // namespace precisetest
