@@ -11,9 +11,9 @@ using namespace precisetest;
 
 TEST(PreciseNoteEvents, RepeatedNotesAreEachStruckAfterAGapADipOrALegatoAttack) {
     const std::vector<int16_t> gap = Silence(0.03);
-    const auto gapped = Concat({PlayedNote(57, 0.2), gap, PlayedNote(57, 0.2), gap, PlayedNote(57, 0.2),
-                                gap, PlayedNote(57, 0.2), gap});
-    EXPECT_EQ(Track(*MakeTracker(), gapped).NoteNumbers(), (std::vector<int>{57, 57, 57, 57}));
+    const auto gapped = Concat({PlayedNote(57, 0.2), gap, PlayedNote(57, 0.2), gap,
+                                PlayedNote(57, 0.2), gap, PlayedNote(57, 0.2), gap});
+    EXPECT_EQ(Track(gapped).NoteNumbers(), (std::vector<int>{57, 57, 57, 57}));
     // No silence between: each note starts 18 dB below the old one's end and rises within 10 ms,
     // with a new phase, as a re-articulated note does.
     const auto rearticulated = [](int phase) {
@@ -27,14 +27,13 @@ TEST(PreciseNoteEvents, RepeatedNotesAreEachStruckAfterAGapADipOrALegatoAttack) 
     };
     const auto legato =
         Concat({rearticulated(0), rearticulated(1), rearticulated(2), rearticulated(3)});
-    EXPECT_EQ(Track(*MakeTracker(), legato).NoteNumbers(), (std::vector<int>{62, 62, 62, 62}));
+    EXPECT_EQ(Track(legato).NoteNumbers(), (std::vector<int>{62, 62, 62, 62}));
     // Breathy: the new note is less periodic than the note it interrupts must be to start again,
     // but an attack with no other pitch left once that note is cancelled is that note again.
     for (double breathDb : {-16.0, -14.0, -12.0}) {
         const auto breathy =
             Concat({rearticulated(0), AddNoise(rearticulated(1), breathDb), Silence(0.05)});
-        EXPECT_EQ(Track(*MakeTracker(), breathy).NoteNumbers(), (std::vector<int>{62, 62}))
-            << breathDb;
+        EXPECT_EQ(Track(breathy).NoteNumbers(), (std::vector<int>{62, 62})) << breathDb;
     }
     // Tongued without a gap: the level sinks by 8 dB over 20 ms and takes 25 ms to come back to
     // 1 dB below where it was, while the waveform runs on unbroken.
@@ -42,30 +41,30 @@ TEST(PreciseNoteEvents, RepeatedNotesAreEachStruckAfterAGapADipOrALegatoAttack) 
     for (size_t k = 0; k < tongued.size(); ++k) {
         for (double dip : {0.3, 0.5}) {
             const double d = k / 44100.0 - dip;
-            const double gain = d > -0.02 && d <= 0.0 ? 1.0 + 0.6 * d / 0.02
+            const double gain = d > -0.02 && d <= 0.0  ? 1.0 + 0.6 * d / 0.02
                                 : d > 0.0 && d < 0.025 ? 0.4 + 0.5 * d / 0.025
                                 : d >= 0.025           ? 0.9
                                                        : 1.0;
             tongued[k] = Saturate(tongued[k] * gain);
         }
     }
-    EXPECT_EQ(Track(*MakeTracker(), tongued).NoteNumbers(), (std::vector<int>{69, 69, 69}));
+    EXPECT_EQ(Track(tongued).NoteNumbers(), (std::vector<int>{69, 69, 69}));
 }
 
 TEST(PreciseNoteEvents, SilenceNoiseAndQuietTonesBesideAPerformanceStartNothing) {
-    EXPECT_TRUE(Track(*MakeTracker(), Silence(1.0)).notes.empty());
+    EXPECT_TRUE(Track(Silence(1.0)).notes.empty());
     // Loud white noise is not periodic; quiet noise is also below the start level.
     for (double db : {-10.0, -20.0, -40.0}) {
-        EXPECT_TRUE(Track(*MakeTracker(), AddNoise(Silence(1.0), db, 11)).notes.empty()) << db << " dB";
+        EXPECT_TRUE(Track(AddNoise(Silence(1.0), db, 11)).notes.empty()) << db << " dB";
     }
     // Start level -24 dB, hold level -36 dB. Below the hold level nothing ever starts; between
     // the two, a tone starts a note only when it is the performance, not beside a louder one.
     const auto belowHold = Render({.frequency = 220, .seconds = 0.5, .levelDb = -38});
-    EXPECT_TRUE(Track(*MakeTracker(), belowHold).notes.empty());
+    EXPECT_TRUE(Track(belowHold).notes.empty());
     const auto quiet = Render({.frequency = 220, .seconds = 0.5, .levelDb = -31});
-    EXPECT_EQ(Track(*MakeTracker(), quiet).NoteNumbers(), std::vector<int>{57});
+    EXPECT_EQ(Track(quiet).NoteNumbers(), std::vector<int>{57});
     const auto besideLoud = Concat({Harmonic(64, 0.3, -4), Silence(0.5), quiet});
-    EXPECT_EQ(Track(*MakeTracker(), besideLoud).NoteNumbers(), std::vector<int>{64});
+    EXPECT_EQ(Track(besideLoud).NoteNumbers(), std::vector<int>{64});
 }
 
 TEST(PreciseNoteEvents, NoteEndsWhenTheSoundStopsOrIsReleasedAndItsTailStartsNothing) {
@@ -76,7 +75,8 @@ TEST(PreciseNoteEvents, NoteEndsWhenTheSoundStopsOrIsReleasedAndItsTailStartsNot
     std::vector<int16_t> released = Harmonic(64, 0.8);
     const size_t release = static_cast<size_t>(0.4 * 44100);
     for (size_t i = release; i < released.size(); ++i) {
-        released[i] = Saturate(released[i] * std::pow(10.0, -200.0 * (i - release) / 44100.0 / 20.0));
+        released[i] =
+            Saturate(released[i] * std::pow(10.0, -200.0 * (i - release) / 44100.0 / 20.0));
     }
     // In a room, a note that stops breaks off: for 5 ms its end and the first reflections blur
     // the waveform. Its reverberation rings on at its pitch, clearly periodic, 14 dB down 20 ms
@@ -90,12 +90,13 @@ TEST(PreciseNoteEvents, NoteEndsWhenTheSoundStopsOrIsReleasedAndItsTailStartsNot
     const std::tuple<std::vector<int16_t>, int, double, double> cases[] = {
         {Concat({PlayedNote(60, 0.5), Silence(0.3)}), 60, 0.48, 0.55},
         {Concat({released, Silence(0.1)}), 64, 0.42, 0.47},
-        {Concat({Harmonic(67, 0.3), AddNoise(Silence(0.005), -12), tail, Silence(0.1)}), 67, 0.3, 0.33}};
+        {Concat({Harmonic(67, 0.3), AddNoise(Silence(0.005), -12), tail, Silence(0.1)}), 67, 0.3,
+         0.33}};
     for (const auto& [signal, note, earliest, latest] : cases) {
-        const TrackRun run = Track(*MakeTracker(), signal);
+        const TrackRun run = Track(signal);
         ASSERT_EQ(run.NoteNumbers(), std::vector<int>{note});
-        EXPECT_GT(run.notes[0].offFrame * 16 / 44100.0, earliest) << note;
-        EXPECT_LT(run.notes[0].offFrame * 16 / 44100.0, latest) << note;
+        EXPECT_GT(run.notes[0].OffSeconds(), earliest) << note;
+        EXPECT_LT(run.notes[0].OffSeconds(), latest) << note;
     }
 }
 
@@ -107,7 +108,8 @@ std::vector<int16_t> SwellingPhrase(double peakDb) {
         std::vector<int16_t> n = Harmonic(note, 0.4, peakDb);
         for (size_t k = 0; k < n.size(); ++k) {
             const double swellDb = std::min(0.0, -40.0 + 40.0 * k / (0.08 * 44100));
-            n[k] = Saturate(n[k] * std::pow(10.0, swellDb / 20.0) * std::min(1.0, (n.size() - k) / 441.0));
+            n[k] = Saturate(n[k] * std::pow(10.0, swellDb / 20.0) *
+                            std::min(1.0, (n.size() - k) / 441.0));
         }
         phrase.insert(phrase.end(), n.begin(), n.end());
         phrase.resize(phrase.size() + static_cast<size_t>(0.1 * 44100), 0);
@@ -119,9 +121,9 @@ TEST(PreciseNoteEvents, AQuietPerformanceStartsItsNotesAsEarlyAsALoudOne) {
     // At -30 dBFS the notes peak just 3 dB over the floor of the start level (-33 dB). Once the
     // first has shown the performance, the others start as far down their swell as at -6 dBFS,
     // and in the level mode whose scale begins at the hold level they still start at velocity 1.
-    const TrackRun loud = Track(*MakeTracker(), SwellingPhrase(-6));
+    const TrackRun loud = Track(SwellingPhrase(-6));
     for (double levelMode : {WFET_LEVEL_EXPRESSION, WFET_LEVEL_RELATIVE}) {
-        const TrackRun quiet = Track(*MakeTracker({.levelMode = levelMode}), SwellingPhrase(-30));
+        const TrackRun quiet = Track(SwellingPhrase(-30), {.levelMode = levelMode});
         ASSERT_EQ(quiet.NoteNumbers(), (std::vector<int>{57, 60, 62, 64, 60}));
         ASSERT_EQ(loud.NoteNumbers(), quiet.NoteNumbers());
         for (size_t i = 1; i < quiet.notes.size(); ++i) {
@@ -135,7 +137,7 @@ TEST(PreciseNoteEvents, AQuietPerformanceStartsItsNotesAsEarlyAsALoudOne) {
     // Two seconds after it stopped, while its memory has faded by only 7 dB, a tone under the
     // hold level is background again.
     const auto thenBackground = Concat({SwellingPhrase(-20), Silence(2.1), Harmonic(57, 0.5, -40)});
-    EXPECT_EQ(Track(*MakeTracker(), thenBackground).NoteNumbers(), (std::vector<int>{57, 60, 62, 64, 60}));
+    EXPECT_EQ(Track(thenBackground).NoteNumbers(), (std::vector<int>{57, 60, 62, 64, 60}));
 }
 
 TEST(PreciseNoteEvents, AQuietPerformanceKeepsItsSoftEndingUnderTheHoldLevel) {
@@ -147,10 +149,10 @@ TEST(PreciseNoteEvents, AQuietPerformanceKeepsItsSoftEndingUnderTheHoldLevel) {
         const double fadeDb = -12.0 * std::min(1.0, (i - at(0.3)) / 44100.0);
         quiet[i] = Saturate(quiet[i] * std::pow(10.0, fadeDb / 20.0));
     }
-    const TrackRun run = Track(*MakeTracker(), Concat({Silence(0.1), quiet, Silence(0.2)}));
+    const TrackRun run = Track(Concat({Silence(0.1), quiet, Silence(0.2)}));
     ASSERT_EQ(run.NoteNumbers(), std::vector<int>{57});
-    EXPECT_GT(run.notes[0].offFrame * 16 / 44100.0, 1.65);
-    EXPECT_LT(run.notes[0].offFrame * 16 / 44100.0, 1.75);
+    EXPECT_GT(run.notes[0].OffSeconds(), 1.65);
+    EXPECT_LT(run.notes[0].OffSeconds(), 1.75);
 }
 
 TEST(PreciseNoteEvents, LowNotesStartWithinAPeriodAndALimitedWindow) {
@@ -160,18 +162,19 @@ TEST(PreciseNoteEvents, LowNotesStartWithinAPeriodAndALimitedWindow) {
     // period to show that they repeat (C2 took 49 ms that way).
     for (int note : {24, 28, 33, 36, 38, 40}) {
         const double period = 1.0 / NoteFrequency(note);
-        const TrackRun run = Track(*MakeTracker({.minNote = 24, .maxNote = 56}), Padded(PlayedNote(note, 0.6)));
+        const TrackRun run = Track(Padded(PlayedNote(note, 0.6)), {.minNote = 24, .maxNote = 56});
         ASSERT_EQ(run.NoteNumbers(), std::vector<int>{note});
-        const double start = run.notes[0].onFrame * 16 / 44100.0 - 0.1;
+        const double start = run.notes[0].OnSeconds() - 0.1;
         EXPECT_LT(start, 0.01 + period + 0.012 + 0.006 + 0.005) << note;
     }
 }
 
 TEST(PreciseNoteEvents, LevelModesWriteVelocityAndExpressionLikeTheEngine) {
-    const auto tone = Concat({Render({.frequency = 330, .seconds = 0.3, .levelDb = -12}), Silence(0.1)});
+    const auto tone =
+        Concat({Render({.frequency = 330, .seconds = 0.3, .levelDb = -12}), Silence(0.1)});
     // The first note-on's record, and one from the middle of the note.
     const auto onAndMiddle = [&](double mode) {
-        const TrackRun run = Track(*MakeTracker({.levelMode = mode}), tone);
+        const TrackRun run = Track(tone, {.levelMode = mode});
         const auto on = std::ranges::find_if(run.outputs, [](auto& o) { return o.noteOn >= 0; });
         EXPECT_NE(on, run.outputs.end());
         const WFETMidiOut first = on != run.outputs.end() ? *on : WFETMidiOut{-1, -1, -1, -1, -1};
@@ -199,28 +202,28 @@ TEST(PreciseNoteEvents, LevelModesWriteVelocityAndExpressionLikeTheEngine) {
 }
 
 TEST(PreciseNoteEvents, BendStaysWithinItsRangeAndCentresOnThePitch) {
-    const TrackRun run =
-        Track(*MakeTracker({.bendRange = 2}), Render({.frequency = NoteFrequency(60.5), .seconds = 0.5}),
-              2);
+    const auto tone = Render({.frequency = NoteFrequency(60.5), .seconds = 0.5});
+    const TrackRun run = Track(tone, {.bendRange = 2});
     ASSERT_EQ(run.notes.size(), 1u);
     EXPECT_NEAR(run.outputs.back().bend, 8192 + (run.notes[0].note == 60 ? 1 : -1) * 8191 / 4, 40);
 }
 
 // A host block that ends inside a 16-sample frame hands the tracker that frame in pieces.
 TEST(PreciseNoteEvents, OutputDoesNotDependOnHowTheInputIsCutIntoBlocks) {
-    const auto signal = AddNoise(Concat({PlayedNote(55, 0.3), Silence(0.05), PlayedNote(62, 0.3),
-                                         Render({.frequency = NoteFrequency(50), .seconds = 0.5,
-                                                 .vibratoCents = 40})}),
-                                 -50);
-    const TrackRun whole = Track(*MakeTracker(), signal);
+    const auto signal = AddNoise(
+        Concat({PlayedNote(55, 0.3), Silence(0.05), PlayedNote(62, 0.3),
+                Render({.frequency = NoteFrequency(50), .seconds = 0.5, .vibratoCents = 40})}),
+        -50);
+    const TrackRun whole = Track(signal);
     ASSERT_FALSE(whole.notes.empty());
     for (size_t block : {1u, 7u, 100u, 333u, 1000u}) {
         const TrackRun cut = Track(*MakeTracker(), signal, 4, block);
         ASSERT_EQ(cut.outputs.size(), whole.outputs.size());
         for (size_t f = 0; f < cut.outputs.size(); ++f) {
             const WFETMidiOut &a = cut.outputs[f], &b = whole.outputs[f];
-            ASSERT_TRUE(a.noteOff == b.noteOff && a.noteOn == b.noteOn && a.velocity == b.velocity &&
-                        a.bend == b.bend && a.expression == b.expression)
+            ASSERT_TRUE(a.noteOff == b.noteOff && a.noteOn == b.noteOn &&
+                        a.velocity == b.velocity && a.bend == b.bend &&
+                        a.expression == b.expression)
                 << "frame " << f << " with blocks of " << block;
         }
     }

@@ -403,44 +403,33 @@ TEST(PreciseTracking, NeighbourNoteAndBackIsFoundWhileTheFirstStillRings) {
     }
 }
 
-// A bright tone whose second harmonic outweighs its fundamental (a trumpet's), released in 40 ms
-// into its semitone neighbour: the comb that cancels the old note takes most of the new one's
-// fundamental with it, and what is left repeats at two or three of the new note's periods. That
-// is the new note, not a note an octave or a twelfth below it.
-TEST(PreciseTracking, SemitoneStepOfABrightToneIsNotTakenForItsSubharmonic) {
-    const auto bright = [](int note, double seconds) {
-        Tone tone{.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = -8};
-        tone.harmonics = {0.3, 1, 0.8, 0.8, 0.6, 0.5, 0.4, 0.3, 0.2};
-        return Render(tone);
+// Released into a neighbour, a tone with a weak fundamental loses most of what is left of it
+// to the comb that cancels the old note, and the rest repeats at a multiple or a fraction of
+// the new note's period: at two or three periods for a bright tone whose second harmonic
+// outweighs its fundamental (a trumpet's); at half a period for a tone whose octave partial
+// carries most of its sound and whose odd partials are weak (a recorder's attack, an organ
+// stop); at two periods for a blown tone that sounds an edge tone at one and a half times the
+// note for its first tens of milliseconds. That is the new note, not an octave or a twelfth
+// away from it.
+TEST(PreciseTracking, AStepOfAToneWithAWeakFundamentalIsNotTakenForAnotherOctave) {
+    const auto partials = [](std::vector<double> harmonics) {
+        return [harmonics](int note, double seconds) {
+            Tone tone{.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = -8};
+            tone.harmonics = harmonics;
+            return Render(tone);
+        };
     };
+    const Timbre bright = partials({0.3, 1, 0.8, 0.8, 0.6, 0.5, 0.4, 0.3, 0.2});
     for (auto [from, to] : {std::pair{73, 74}, {75, 74}, {75, 76}, {76, 77}, {78, 79}}) {
         const TrackRun run = Released(bright, from, to, 0.04, 0.02, {.minNote = 40, .maxNote = 84});
-        EXPECT_EQ(run.NoteNumbers(), (Notes{from, to})) << Step(from, to);
+        EXPECT_EQ(run.NoteNumbers(), (Notes{from, to})) << "bright, " << Step(from, to);
     }
-}
-
-// A tone whose octave partial carries most of its sound and whose odd partials are weak (a
-// recorder's or a flute's attack, a bright organ stop), released into a neighbour a semitone or
-// a tone away: the comb that cancels the old note takes most of the new one's fundamental, and
-// what is left repeats at half the new note's period. That is the new note, not its octave.
-TEST(PreciseTracking, StepOfAToneWithAStrongOctaveIsNotTakenForItsOctave) {
-    const auto hollow = [](int note, double seconds) {
-        Tone tone{.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = -8};
-        tone.harmonics = {0.4, 1, 0.1, 0.3, 0.05, 0.1};
-        return Render(tone);
-    };
+    const Timbre hollow = partials({0.4, 1, 0.1, 0.3, 0.05, 0.1});
     for (auto [from, to] :
          {std::pair{60, 58}, {61, 59}, {63, 62}, {64, 65}, {67, 68}, {68, 67}, {76, 77}}) {
         const TrackRun run = Released(hollow, from, to, 0.04, 0.02, {.minNote = 55, .maxNote = 96});
-        EXPECT_EQ(run.NoteNumbers(), (Notes{from, to})) << Step(from, to);
+        EXPECT_EQ(run.NoteNumbers(), (Notes{from, to})) << "hollow, " << Step(from, to);
     }
-}
-
-// A blown tone whose attack sounds an edge tone at one and a half times the note for its first
-// tens of milliseconds, released into a neighbour: the comb that cancels the old note weakens
-// the new one's fundamental under the edge tone, and what is left repeats at twice the new
-// note's period. That is the new note, not the octave below it.
-TEST(PreciseTracking, StepOfABlownToneWithAnEdgeToneIsNotTakenForTheOctaveBelow) {
     const auto blown = [](int note, double seconds) {
         std::vector<int16_t> out(static_cast<size_t>(seconds * 44100));
         for (size_t i = 0; i < out.size(); ++i) {
@@ -452,15 +441,10 @@ TEST(PreciseTracking, StepOfABlownToneWithAnEdgeToneIsNotTakenForTheOctaveBelow)
         }
         return out;
     };
-    struct Case {
-        int from, to;
-        double fade, rise;
-    };
-    for (const Case c :
-         {Case{67, 68, 0.04, 0.02}, Case{69, 68, 0.04, 0.05}, Case{74, 75, 0.1, 0.02}}) {
-        const TrackRun run =
-            Released(blown, c.from, c.to, c.fade, c.rise, {.minNote = 55, .maxNote = 96});
-        EXPECT_EQ(run.NoteNumbers(), (Notes{c.from, c.to})) << Step(c.from, c.to);
+    for (auto [from, to, fade, rise] :
+         {std::tuple{67, 68, 0.04, 0.02}, {69, 68, 0.04, 0.05}, {74, 75, 0.1, 0.02}}) {
+        const TrackRun run = Released(blown, from, to, fade, rise, {.minNote = 55, .maxNote = 96});
+        EXPECT_EQ(run.NoteNumbers(), (Notes{from, to})) << "blown, " << Step(from, to);
     }
 }
 
