@@ -11,10 +11,11 @@ namespace {
 using namespace precisetest;
 
 TEST(PreciseSettings, AcceptsAndRejectsExactlyWhatTheClassicEngineDoes) {
-    const double values[] = {-1e9, -200, -120, -119.9, -36, -1, -0.5, 0, 0.05, 0.1, 0.10001, 0.5,
-                             1, 1.5, 2, 2.9, 3, 3.9, 8.9, 9, 10, 10.5, 29.9, 30, 35, 36, 79.9, 80,
-                             104.9, 105, 999, 1000, 3999, 4000, 4000.5, 22049.9, 22050, 29999,
-                             30000, 199999, 200000, 1e12, std::nan(""), HUGE_VAL};
+    const double values[] = {
+        -1e9, -200,   -120,    -119.9, -36,   -1,    -0.5,   0,      0.05, 0.1,          0.10001,
+        0.5,  1,      1.5,     2,      2.9,   3,     3.9,    8.9,    9,    10,           10.5,
+        29.9, 30,     35,      36,     79.9,  80,    104.9,  105,    999,  1000,         3999,
+        4000, 4000.5, 22049.9, 22050,  29999, 30000, 199999, 200000, 1e12, std::nan(""), HUGE_VAL};
     // Some codes' ranges depend on the rate set before: none, or one with a fractional Nyquist.
     for (double rate : {0.0, 8000.5}) {
         for (int16_t code = 0; code <= 43; ++code) {

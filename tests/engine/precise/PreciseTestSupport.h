@@ -80,12 +80,13 @@ inline std::vector<int16_t> Vowel(double frequency, double seconds, double f1, d
     return out;
 }
 
-// A tone of three harmonics at `levelDb` dBFS peak.
-inline std::vector<int16_t> Harmonic(double note, double seconds, double levelDb = -6) {
-    return Render({.frequency = NoteFrequency(note),
-                   .seconds = seconds,
-                   .levelDb = levelDb,
-                   .harmonics = {1, 0.5, 0.3}});
+// A tone of three harmonics at `levelDb` dBFS peak, with a vibrato of `cents` at 5.5 Hz.
+inline std::vector<int16_t> Harmonic(double note, double seconds, double levelDb = -6,
+                                     double cents = 0, double rate = 44100) {
+    Tone tone{.frequency = NoteFrequency(note), .seconds = seconds, .levelDb = levelDb};
+    tone.harmonics = {1, 0.5, 0.3};
+    tone.vibratoCents = cents;
+    return Render(tone, rate);
 }
 
 // With 100 ms of silence before and after, so that it starts and ends.

@@ -38,17 +38,6 @@ double Swing(double t, double depth, double phase) {
     return depth * std::min(1.0, t / 0.15) * std::sin(2 * std::numbers::pi * 5.5 * t + phase);
 }
 
-// A sung note at -8 dBFS with harmonics 1, 0.5 and 0.3 and a vibrato of `cents` at 5.5 Hz.
-std::vector<int16_t> Sung(int note, double seconds, double cents = 0, double rate = 44100) {
-    return Render({.frequency = NoteFrequency(note),
-                   .seconds = seconds,
-                   .levelDb = -8,
-                   .harmonics = {1, 0.5, 0.3},
-                   .vibratoCents = cents,
-                   .vibratoHz = 5.5},
-                  rate);
-}
-
 // `old` sounds alone for `oldSeconds`, then fades by 1/e every `fadeSeconds` while `next` rises
 // linearly to full level over `riseSeconds`; the result lasts until `next` ends.
 std::vector<int16_t> ReleasedInto(const std::vector<int16_t>& old, const std::vector<int16_t>& next,
@@ -339,7 +328,7 @@ TEST(PreciseTracking, NoteReleasedIntoTheNextIsFoundWhileTheOldOneStillRings) {
         {83, 86, 0.8, 0.5, 0.05, 0.05, {.minNote = 55, .maxNote = 96}},
         {86, 90, 0.8, 0.5, 0.05, 0.05, {.minNote = 55, .maxNote = 96}}};
     for (const Case& c : cases) {
-        const auto harmonic = [](int note, double seconds) { return Sung(note, seconds); };
+        const auto harmonic = [](int note, double seconds) { return Harmonic(note, seconds, -8); };
         const TrackRun run = Released(harmonic, c.from, c.to, 0.1, c.riseSeconds, c.setup,
                                       c.oldSeconds, c.nextSeconds);
         ASSERT_EQ(run.NoteNumbers(), (Notes{c.from, c.to})) << Step(c.from, c.to);
@@ -369,7 +358,9 @@ TEST(PreciseTracking, SungNoteReleasedIntoTheNextIsFollowedByThatNoteAlone) {
                          Case{55, 103, 74, 73, 30, 0.8, 0.5, 0.2, 0.03},
                          Case{36, 72, 57, 61, 0, 0.8, 0.5, 0.5, 0.03},
                          Case{55, 103, 64, 68, 20, 0.8, 0.5, 0.5, 0.03}}) {
-        const auto sung = [&c](int note, double seconds) { return Sung(note, seconds, c.cents); };
+        const auto sung = [&c](int note, double seconds) {
+            return Harmonic(note, seconds, -8, c.cents);
+        };
         const TrackRun run =
             Released(sung, c.from, c.to, c.fade, c.rise,
                      {.minNote = c.lowest, .maxNote = c.highest}, c.oldSeconds, c.nextSeconds);
@@ -386,9 +377,9 @@ TEST(PreciseTracking, NeighbourNoteAndBackIsFoundWhileTheFirstStillRings) {
                                          {64, 62}, {64, 66}, {69, 71}, {69, 72}};
     for (auto [note, neighbour] : turns) {
         for (double cents : {0.0, 30.0}) {
-            const auto back = ReleasedInto(Sung(neighbour, 1.0, cents), Sung(note, 0.5, cents),
-                                           0.08, 0.03, 44100, 0.25);
-            const auto turn = ReleasedInto(Sung(note, 1.2, cents), back, 0.08, 0.03);
+            const auto back = ReleasedInto(Harmonic(neighbour, 1.0, -8, cents),
+                                           Harmonic(note, 0.5, -8, cents), 0.08, 0.03, 44100, 0.25);
+            const auto turn = ReleasedInto(Harmonic(note, 1.2, -8, cents), back, 0.08, 0.03);
             const TrackRun run = Track(Concat({turn, Silence(0.1)}), {.maxNote = 84});
             ASSERT_EQ(run.NoteNumbers(), (Notes{note, neighbour, note})) << Step(note, neighbour);
             EXPECT_LT(run.notes[2].OnSeconds() - 0.65, 0.05) << Step(note, neighbour);
@@ -443,7 +434,9 @@ TEST(PreciseTracking, AStepOfAToneWithAWeakFundamentalIsNotTakenForAnotherOctave
 // precision it has at 44.1 kHz, where these changes are found.
 TEST(PreciseTracking, HighNotesReleasedIntoTheNextAreFoundAtOtherRatesAsAt44kHz) {
     for (double rate : {48000.0, 96000.0}) {
-        const auto tone = [rate](int note, double seconds) { return Sung(note, seconds, 0, rate); };
+        const auto tone = [rate](int note, double seconds) {
+            return Harmonic(note, seconds, -8, 0, rate);
+        };
         for (auto [from, to] : {std::pair{90, 93}, {93, 90}, {93, 98}, {96, 93}}) {
             const Voice setup{.rate = rate, .minNote = 55, .maxNote = 103};
             EXPECT_EQ(Released(tone, from, to, 0.1, 0.05, setup).NoteNumbers(), (Notes{from, to}))
@@ -525,7 +518,7 @@ TEST(PreciseTracking, AnAttackSettlingOffPitchStartsTheNoteItSettlesNearest) {
 // A sung note with vibrato, released into the next one a tone or two away: its tail fades
 // for a long while and beats with the new note, which must not bring the old one back.
 TEST(PreciseTracking, FadingTailOfAVibratoNoteDoesNotComeBack) {
-    const auto sung = [](int note, double seconds) { return Sung(note, seconds, 30); };
+    const auto sung = [](int note, double seconds) { return Harmonic(note, seconds, -8, 30); };
     for (double fade : {0.1, 0.2}) {
         for (auto [from, to] : {std::pair{62, 64}, {57, 55}, {64, 62}}) {
             EXPECT_EQ(Released(sung, from, to, fade, 0.06, {}, 1.0, 0.6).NoteNumbers(),
