@@ -58,9 +58,6 @@ inline EnginePtr VoiceEngine() {
 inline double NoteFrequency(double note) {
     return 440.0 * std::pow(2.0, (note - 69) / 12);
 }
-inline double Cents(double f, double reference) {
-    return 1200 * std::log2(f / reference);
-}
 
 // A sum of harmonics with the given amplitudes (index 0 is the fundamental), at a peak level
 // in dBFS, optionally with a sinusoidal vibrato of `vibratoCents` at `vibratoHz`, or a glide

@@ -13,7 +13,7 @@ TEST(PreciseNoteEvents, RepeatedNotesAreEachStruckAfterAGapADipOrALegatoAttack) 
     const std::vector<int16_t> gap = Silence(0.03);
     const auto gapped = Concat({PlayedNote(57, 0.2), gap, PlayedNote(57, 0.2), gap,
                                 PlayedNote(57, 0.2), gap, PlayedNote(57, 0.2), gap});
-    EXPECT_EQ(Track(gapped).NoteNumbers(), (std::vector<int>{57, 57, 57, 57}));
+    EXPECT_EQ(Track(gapped).NoteNumbers(), (Notes{57, 57, 57, 57}));
     // No silence between: each note starts 18 dB below the old one's end and rises within 10 ms,
     // with a new phase, as a re-articulated note does.
     const auto rearticulated = [](int phase) {
@@ -27,13 +27,13 @@ TEST(PreciseNoteEvents, RepeatedNotesAreEachStruckAfterAGapADipOrALegatoAttack) 
     };
     const auto legato =
         Concat({rearticulated(0), rearticulated(1), rearticulated(2), rearticulated(3)});
-    EXPECT_EQ(Track(legato).NoteNumbers(), (std::vector<int>{62, 62, 62, 62}));
+    EXPECT_EQ(Track(legato).NoteNumbers(), (Notes{62, 62, 62, 62}));
     // Breathy: the new note is less periodic than the note it interrupts must be to start again,
     // but an attack with no other pitch left once that note is cancelled is that note again.
     for (double breathDb : {-16.0, -14.0, -12.0}) {
         const auto breathy =
             Concat({rearticulated(0), AddNoise(rearticulated(1), breathDb), Silence(0.05)});
-        EXPECT_EQ(Track(breathy).NoteNumbers(), (std::vector<int>{62, 62})) << breathDb;
+        EXPECT_EQ(Track(breathy).NoteNumbers(), (Notes{62, 62})) << breathDb;
     }
     // Tongued without a gap: the level sinks by 8 dB over 20 ms and takes 25 ms to come back to
     // 1 dB below where it was, while the waveform runs on unbroken.
@@ -48,7 +48,7 @@ TEST(PreciseNoteEvents, RepeatedNotesAreEachStruckAfterAGapADipOrALegatoAttack) 
             tongued[k] = Saturate(tongued[k] * gain);
         }
     }
-    EXPECT_EQ(Track(tongued).NoteNumbers(), (std::vector<int>{69, 69, 69}));
+    EXPECT_EQ(Track(tongued).NoteNumbers(), (Notes{69, 69, 69}));
 }
 
 TEST(PreciseNoteEvents, SilenceNoiseAndQuietTonesBesideAPerformanceStartNothing) {
@@ -62,9 +62,9 @@ TEST(PreciseNoteEvents, SilenceNoiseAndQuietTonesBesideAPerformanceStartNothing)
     const auto belowHold = Render({.frequency = 220, .seconds = 0.5, .levelDb = -38});
     EXPECT_TRUE(Track(belowHold).notes.empty());
     const auto quiet = Render({.frequency = 220, .seconds = 0.5, .levelDb = -31});
-    EXPECT_EQ(Track(quiet).NoteNumbers(), std::vector<int>{57});
+    EXPECT_EQ(Track(quiet).NoteNumbers(), Notes{57});
     const auto besideLoud = Concat({Harmonic(64, 0.3, -4), Silence(0.5), quiet});
-    EXPECT_EQ(Track(besideLoud).NoteNumbers(), std::vector<int>{64});
+    EXPECT_EQ(Track(besideLoud).NoteNumbers(), Notes{64});
 }
 
 TEST(PreciseNoteEvents, NoteEndsWhenTheSoundStopsOrIsReleasedAndItsTailStartsNothing) {
@@ -94,7 +94,7 @@ TEST(PreciseNoteEvents, NoteEndsWhenTheSoundStopsOrIsReleasedAndItsTailStartsNot
          0.33}};
     for (const auto& [signal, note, earliest, latest] : cases) {
         const TrackRun run = Track(signal);
-        ASSERT_EQ(run.NoteNumbers(), std::vector<int>{note});
+        ASSERT_EQ(run.NoteNumbers(), Notes{note});
         EXPECT_GT(run.notes[0].OffSeconds(), earliest) << note;
         EXPECT_LT(run.notes[0].OffSeconds(), latest) << note;
     }
@@ -124,7 +124,7 @@ TEST(PreciseNoteEvents, AQuietPerformanceStartsItsNotesAsEarlyAsALoudOne) {
     const TrackRun loud = Track(SwellingPhrase(-6));
     for (double levelMode : {WFET_LEVEL_EXPRESSION, WFET_LEVEL_RELATIVE}) {
         const TrackRun quiet = Track(SwellingPhrase(-30), {.levelMode = levelMode});
-        ASSERT_EQ(quiet.NoteNumbers(), (std::vector<int>{57, 60, 62, 64, 60}));
+        ASSERT_EQ(quiet.NoteNumbers(), (Notes{57, 60, 62, 64, 60}));
         ASSERT_EQ(loud.NoteNumbers(), quiet.NoteNumbers());
         for (size_t i = 1; i < quiet.notes.size(); ++i) {
             const auto quietOn = static_cast<double>(quiet.notes[i].onFrame);
@@ -137,7 +137,7 @@ TEST(PreciseNoteEvents, AQuietPerformanceStartsItsNotesAsEarlyAsALoudOne) {
     // Two seconds after it stopped, while its memory has faded by only 7 dB, a tone under the
     // hold level is background again.
     const auto thenBackground = Concat({SwellingPhrase(-20), Silence(2.1), Harmonic(57, 0.5, -40)});
-    EXPECT_EQ(Track(thenBackground).NoteNumbers(), (std::vector<int>{57, 60, 62, 64, 60}));
+    EXPECT_EQ(Track(thenBackground).NoteNumbers(), (Notes{57, 60, 62, 64, 60}));
 }
 
 TEST(PreciseNoteEvents, AQuietPerformanceKeepsItsSoftEndingUnderTheHoldLevel) {
@@ -150,7 +150,7 @@ TEST(PreciseNoteEvents, AQuietPerformanceKeepsItsSoftEndingUnderTheHoldLevel) {
         quiet[i] = Saturate(quiet[i] * std::pow(10.0, fadeDb / 20.0));
     }
     const TrackRun run = Track(Concat({Silence(0.1), quiet, Silence(0.2)}));
-    ASSERT_EQ(run.NoteNumbers(), std::vector<int>{57});
+    ASSERT_EQ(run.NoteNumbers(), Notes{57});
     EXPECT_GT(run.notes[0].OffSeconds(), 1.65);
     EXPECT_LT(run.notes[0].OffSeconds(), 1.75);
 }
@@ -163,7 +163,7 @@ TEST(PreciseNoteEvents, LowNotesStartWithinAPeriodAndALimitedWindow) {
     for (int note : {24, 28, 33, 36, 38, 40}) {
         const double period = 1.0 / NoteFrequency(note);
         const TrackRun run = Track(Padded(PlayedNote(note, 0.6)), {.minNote = 24, .maxNote = 56});
-        ASSERT_EQ(run.NoteNumbers(), std::vector<int>{note});
+        ASSERT_EQ(run.NoteNumbers(), Notes{note});
         const double start = run.notes[0].OnSeconds() - 0.1;
         EXPECT_LT(start, 0.01 + period + 0.012 + 0.006 + 0.005) << note;
     }

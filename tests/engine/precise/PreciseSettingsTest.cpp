@@ -44,7 +44,7 @@ TEST(PreciseSettings, TracksAtOtherRatesAndAfterARangeChangeMidStream) {
         auto tracker = MakeTracker({.rate = rate, .minNote = 40, .maxNote = 76});
         const TrackRun run =
             Track(*tracker, Render({.frequency = NoteFrequency(57), .seconds = 0.5}, rate));
-        ASSERT_EQ(run.NoteNumbers(), std::vector<int>{57}) << rate;
+        ASSERT_EQ(run.NoteNumbers(), Notes{57}) << rate;
         EXPECT_NEAR(run.notes[0].meanPitch, 57.0, 0.05) << rate;
     }
     auto tracker = MakeTracker({.minNote = 60, .maxNote = 84});
@@ -53,7 +53,7 @@ TEST(PreciseSettings, TracksAtOtherRatesAndAfterARangeChangeMidStream) {
     tracker->Set(WFET_MIN_NOTE, 36);
     EXPECT_EQ(tracker->Set(25, 1.0), WFET_REJECTED);
     const TrackRun run = Track(*tracker, Render({.frequency = NoteFrequency(45), .seconds = 0.5}));
-    EXPECT_EQ(run.NoteNumbers(), std::vector<int>{45});
+    EXPECT_EQ(run.NoteNumbers(), Notes{45});
 }
 
 TEST(PreciseSettings, DecisionDelayFollowsTheRangeAndTheRate) {

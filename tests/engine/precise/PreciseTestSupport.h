@@ -114,11 +114,13 @@ struct Note {
     double OffSeconds() const { return offFrame * 16 / 44100.0; }
 };
 
+using Notes = std::vector<int>;
+
 struct TrackRun {
     std::vector<WFETMidiOut> outputs;
     std::vector<Note> notes;
-    std::vector<int> NoteNumbers() const {
-        std::vector<int> numbers;
+    Notes NoteNumbers() const {
+        Notes numbers;
         for (const Note& n : notes) {
             numbers.push_back(n.note);
         }

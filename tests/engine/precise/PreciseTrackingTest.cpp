@@ -14,7 +14,6 @@ namespace {
 
 using namespace precisetest;
 
-using Notes = std::vector<int>;
 using Timbre = std::function<std::vector<int16_t>(int note, double seconds)>;
 
 // One voice of harmonics 1, 0.5 and 0.3 whose note follows `noteAt` (seconds to a fractional
