@@ -239,6 +239,7 @@ TEST(PreciseTracking, AnAttackInAnotherOctaveSettlesOnTheNotePlayedInTime) {
         return Render(
             {.frequency = NoteFrequency(note), .seconds = seconds, .harmonics = {1, 0.3}});
     };
+    const Voice recorder{.minNote = 55, .maxNote = 91}, blown{.minNote = 55, .maxNote = 96};
     std::vector<Case> cases{{"the octave below first",
                              Concat({Silence(0.05), flute(67, 0.03), flute(79, 0.5), Silence(0.1)}),
                              79, 0.05 + 0.03 + 0.03}};
@@ -259,20 +260,14 @@ TEST(PreciseTracking, AnAttackInAnotherOctaveSettlesOnTheNotePlayedInTime) {
                 Saturate(8000.0 * attack *
                          (std::sin(4 * M_PI * f * t) + fundamental * std::sin(2 * M_PI * f * t)));
         }
-        cases.push_back({"fundamental building up",
-                         Padded(tone),
-                         note,
-                         0.1 + 0.05,
-                         {.minNote = 55, .maxNote = 91}});
+        cases.push_back({"fundamental building up", Padded(tone), note, 0.1 + 0.05, recorder});
     }
     for (int octave : {12, -12}) {
         for (int note : {67, 72, 77}) {
             const auto settling = [=](double t) { return t < 0.03 ? note + octave : note; };
-            cases.push_back({"settling from " + std::to_string(octave),
-                             Concat({Gliding(settling, 0.43, 0.005, 9000), Silence(0.1)}),
-                             note,
-                             0.03 + 0.014,
-                             {.minNote = 55, .maxNote = 96}});
+            const auto played = Concat({Gliding(settling, 0.43, 0.005, 9000), Silence(0.1)});
+            cases.push_back(
+                {"settling from " + std::to_string(octave), played, note, 0.03 + 0.014, blown});
         }
     }
     for (const Case& c : cases) {
