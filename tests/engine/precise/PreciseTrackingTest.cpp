@@ -279,22 +279,6 @@ TEST(PreciseTracking, AnAttackInAnotherOctaveSettlesOnTheNotePlayedInTime) {
     }
 }
 
-TEST(PreciseTracking, OctaveLeapsAndAPortamentoAreFollowedInOrder) {
-    const auto leaps = Concat({Harmonic(50, 0.35), Harmonic(62, 0.35), Harmonic(50, 0.35),
-                               Harmonic(62, 0.35), Silence(0.1)});
-    EXPECT_EQ(Track(leaps).NoteNumbers(), (Notes{50, 62, 50, 62}));
-    Tone glide{.frequency = NoteFrequency(55), .seconds = 0.25, .harmonics = {1, 0.5, 0.3}};
-    glide.glideTo = NoteFrequency(60);
-    const Notes notes =
-        Track(Concat({Harmonic(55, 0.3), Render(glide), Harmonic(60, 0.4), Silence(0.1)}))
-            .NoteNumbers();
-    ASSERT_GE(notes.size(), 2u);
-    EXPECT_LE(notes.size(), 7u);
-    EXPECT_EQ(notes.front(), 55);
-    EXPECT_EQ(notes.back(), 60);
-    EXPECT_TRUE(std::is_sorted(notes.begin(), notes.end()));
-}
-
 // A released note rings on under the next one. Fading with a 100 ms time constant, a fourth
 // is periodic in their common period, two octaves below the old note, which must not become a
 // note; the new note must be found while the old one still rings: a quick attack (30 ms)
