@@ -437,6 +437,21 @@ TEST(PreciseTracking, SlideIsFollowedOnArrivalWithoutTheNotesOnTheWay) {
     }
 }
 
+// A singer leaps an octave in 30 ms without a break in the voice. Up, the old period is still
+// a period of the new note; down, the new period shows at the old one's as well; either way
+// the periodicity never dips, so no attack helps. Octaves get a longer confirmation than
+// other changes, but the new note must still start within 30 ms of arriving.
+TEST(PreciseTracking, ALegatoOctaveLeapOnAHeldNoteIsFollowed) {
+    for (auto [from, to] : {std::pair{57, 69}, {69, 57}, {48, 60}, {60, 48}}) {
+        const auto leap = [from, to](double t) {
+            return from + std::clamp((t - 0.4) / 0.03, 0.0, 1.0) * (to - from);
+        };
+        const TrackRun run = Track(Concat({Gliding(leap, 0.9, 0.03), Silence(0.1)}));
+        ASSERT_EQ(run.NoteNumbers(), (Notes{from, to})) << Step(from, to);
+        EXPECT_LT(run.notes[1].OnSeconds() - 0.43, 0.03) << Step(from, to);
+    }
+}
+
 // A singer begins a note from below and rises into it, fast at first and slowing as the pitch
 // arrives: 0.8 to 1 semitone in 60-100 ms. For the first tens of milliseconds the pitch lies in
 // the note below; only the note sung is a note, and it must still start within 50 ms.
