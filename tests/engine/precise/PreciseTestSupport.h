@@ -110,6 +110,7 @@ struct Note {
     size_t offFrame;    // the frame count when still sounding at the end
     double meanPitch;   // fine pitch from note and bend, averaged over the middle half
     double pitchSpread; // largest distance of that fine pitch from its mean, in semitones
+    // Times only for runs at 44.1 kHz; the runs at other rates check which notes, not when.
     double OnSeconds() const { return onFrame * 16 / 44100.0; }
     double OffSeconds() const { return offFrame * 16 / 44100.0; }
 };
