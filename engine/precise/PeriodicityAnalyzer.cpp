@@ -137,6 +137,7 @@ void PeriodicityAnalyzer::Configure(double rate, double minFreq, double maxFreq)
         lowPass_[i].SetLowPass(rate, cutoff, q[i]);
     }
     fullRate_.Reset(kFullRateSize, static_cast<uint64_t>(kRefineSeconds * rate));
+    hum_.Configure(analysisRate_);
     phase_ = 0;
     cancelledLag_ = 0.0;
     cancelCross_ = cancelPower_ = 0.0;
@@ -165,6 +166,7 @@ void PeriodicityAnalyzer::Push(const int16_t* samples, uint32_t count) noexcept
             continue;
         }
         phase_ = 0;
+        y = hum_.Run(y);
         const double scaled = std::clamp(y * kQuantScale, -double(kQuantLimit), double(kQuantLimit));
         PushDecimated(static_cast<int32_t>(std::lround(scaled)));
     }

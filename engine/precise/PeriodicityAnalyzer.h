@@ -24,6 +24,7 @@
 
 #include "Biquad.h"
 #include "DifferenceBank.h"
+#include "HumCanceller.h"
 #include "RecentSignal.h"
 
 #include <cstdint>
@@ -63,6 +64,9 @@ public:
     double RecentPower(double seconds) const noexcept;
     // The same for what remains after cancellation.
     double RecentResidualPower(double seconds) const noexcept;
+    // The largest swing of the mains hum taken out of the input before analysis, on the 16-bit
+    // scale; 0 while none has been heard.
+    double HumAmplitude() const noexcept { return hum_.Amplitude(); }
 
 private:
     struct KeyMaximum {
@@ -95,6 +99,7 @@ private:
     std::vector<KeyMaximum> keyMaxima_;
     RecentSignal fullRate_; // band-limited input before decimation
 
+    HumCanceller hum_; // on the decimated input, before both banks
     Biquad highPass_;
     Biquad lowPass_[3];
     Biquad lowCopyFilter_;

@@ -60,7 +60,9 @@ void PreciseTracker::Calc(WFETMidiOut* out) noexcept
     if (residual.frequency > 0.0) {
         frame.residualShare = frame.residualPower / std::max(1e-9, periodicity_.RecentPower(residualSpan));
     }
-    frame.level = level_.Peak();
+    // The level is the input's own; hum, which the analysis no longer sees, must not lift it
+    // over the thresholds either.
+    frame.level = std::max(0.0, level_.Peak() - periodicity_.HumAmplitude());
     // One period of the estimate (or 5 ms without one) is the span of the attack detector.
     const double span = estimate.frequency > 0.0 ? 1.0 / estimate.frequency : 0.005;
     frame.power = periodicity_.RecentPower(span);

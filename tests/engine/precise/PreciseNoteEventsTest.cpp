@@ -1,5 +1,5 @@
-// Note events of the precise tracker: re-struck repeated notes, silence and noise, note ends,
-// a quiet performance's starts and soft notes, how soon low notes start, level modes and
+// Note events of the precise tracker: re-struck repeated notes, silence, noise and hum, note
+// ends, a quiet performance's starts and soft notes, how soon low notes start, level modes and
 // independence from block sizes.
 #include "PreciseTestSupport.h"
 
@@ -65,6 +65,29 @@ TEST(PreciseNoteEvents, SilenceNoiseAndQuietTonesBesideAPerformanceStartNothing)
     EXPECT_EQ(Track(quiet).NoteNumbers(), Notes{57});
     const auto besideLoud = Concat({Harmonic(64, 0.3, -4), Silence(0.5), quiet});
     EXPECT_EQ(Track(besideLoud).NoteNumbers(), Notes{64});
+}
+
+TEST(PreciseNoteEvents, MainsHumNeitherPlaysNorBendsTheNotesOverIt) {
+    // Hum a little off the mains frequency, as the mains always are, under a bass: in its range
+    // the hum alone is a note, and its partials lie next to the notes' own. Until the hum has
+    // been heard on its own for a tenth of a second it sounds as a note; after that only the
+    // notes played do, though a note's end may leave a blip of it.
+    const Voice bass{.minNote = 28, .maxNote = 55};
+    const Notes melody{40, 45, 50, 55, 43};
+    std::vector<int16_t> played = Silence(0.6);
+    for (int note : melody) {
+        played = Concat({played, PlayedNote(note, 0.4), Silence(0.25)});
+    }
+    for (double mains : {50.02, 59.97}) {
+        Notes heard;
+        for (const Note& n : Track(AddHum(played, mains, 5, -40), bass).notes) {
+            if (n.OnSeconds() > 0.3 && n.OffSeconds() - n.OnSeconds() > 0.03) {
+                heard.push_back(n.note);
+                EXPECT_NEAR(n.meanPitch, n.note, 0.1) << mains << " Hz, note " << n.note;
+            }
+        }
+        EXPECT_EQ(heard, melody) << mains << " Hz";
+    }
 }
 
 TEST(PreciseNoteEvents, NoteEndsWhenTheSoundStopsOrIsReleasedAndItsTailStartsNothing) {

@@ -53,6 +53,27 @@ inline std::vector<int16_t> AddNoise(std::vector<int16_t> signal, double levelDb
     return signal;
 }
 
+// Mains hum under `signal`: the first `partials` harmonics of `mains` Hz, each at `levelDb`
+// dBFS peak, in phases a fixed seed draws.
+inline std::vector<int16_t> AddHum(std::vector<int16_t> signal, double mains, int partials,
+                                   double levelDb, double rate = 44100) {
+    std::mt19937 generator(3);
+    std::uniform_real_distribution<double> turn(0.0, 2 * std::numbers::pi);
+    std::vector<double> phases(static_cast<size_t>(partials));
+    for (double& phase : phases) {
+        phase = turn(generator);
+    }
+    const double amplitude = 32767.0 * std::pow(10.0, levelDb / 20);
+    for (size_t i = 0; i < signal.size(); ++i) {
+        double hum = 0.0;
+        for (int k = 1; k <= partials; ++k) {
+            hum += std::sin(2 * std::numbers::pi * k * mains * i / rate + phases[k - 1]);
+        }
+        signal[i] = Saturate(signal[i] + amplitude * hum);
+    }
+    return signal;
+}
+
 // A glottal-style pulse train through two formant resonators, peak at -6 dBFS.
 inline std::vector<int16_t> Vowel(double frequency, double seconds, double f1, double f2) {
     const double rate = 44100;
