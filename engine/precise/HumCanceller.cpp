@@ -33,7 +33,8 @@ constexpr int kRenormaliseSamples = 1024;
 
 } // namespace
 
-void HumCanceller::Configure(double rate) noexcept {
+void HumCanceller::Configure(double rate) noexcept
+{
     for (int s = 0; s < 2; ++s) {
         series_[s] = Series{};
         series_[s].step = std::polar(1.0, 2.0 * std::numbers::pi * kMains[s] / rate);
@@ -53,7 +54,8 @@ void HumCanceller::Configure(double rate) noexcept {
     sinceRenormalise_ = 0;
 }
 
-double HumCanceller::Follow(Series& series, double x, double learn) noexcept {
+double HumCanceller::Follow(Series& series, double x, double learn) noexcept
+{
     double hum = 0.0;
     std::complex<double> q = series.phase;
     for (std::complex<double>& partial : series.partial) {
@@ -65,7 +67,8 @@ double HumCanceller::Follow(Series& series, double x, double learn) noexcept {
     return hum;
 }
 
-double HumCanceller::Power(const Series& series) noexcept {
+double HumCanceller::Power(const Series& series) noexcept
+{
     double power = 0.0;
     for (const std::complex<double>& partial : series.partial) {
         power += 2.0 * std::norm(partial);
@@ -73,7 +76,8 @@ double HumCanceller::Power(const Series& series) noexcept {
     return power;
 }
 
-double HumCanceller::Amplitude() const noexcept {
+double HumCanceller::Amplitude() const noexcept
+{
     double amplitude = 0.0;
     if (chosen_ >= 0) {
         for (const std::complex<double>& partial : series_[chosen_].partial) {
@@ -83,7 +87,8 @@ double HumCanceller::Amplitude() const noexcept {
     return amplitude;
 }
 
-bool HumCanceller::Quiet(double x) noexcept {
+bool HumCanceller::Quiet(double x) noexcept
+{
     power_ = powerKeep_ * power_ + (1.0 - powerKeep_) * x * x;
     if (warmUp_ > 0) {
         --warmUp_;
@@ -100,7 +105,8 @@ bool HumCanceller::Quiet(double x) noexcept {
     return power_ <= kFloorMargin * std::min(blockLowest_, blocksLowest_);
 }
 
-void HumCanceller::Listen(double x) noexcept {
+void HumCanceller::Listen(double x) noexcept
+{
     if (!Quiet(x)) {
         for (Series& series : series_) {
             series.phase *= series.step;
@@ -114,7 +120,8 @@ void HumCanceller::Listen(double x) noexcept {
     quietWeight_ += restingLearn_ * (1.0 - quietWeight_);
 }
 
-void HumCanceller::DecideHeard() noexcept {
+void HumCanceller::DecideHeard() noexcept
+{
     if (quietWeight_ < kHeardWeight || quietPower_ <= kAudiblePower * quietWeight_) {
         return;
     }
@@ -126,7 +133,8 @@ void HumCanceller::DecideHeard() noexcept {
     }
 }
 
-double HumCanceller::Run(double x) noexcept {
+double HumCanceller::Run(double x) noexcept
+{
     double hum = 0.0;
     if (chosen_ >= 0) {
         hum = Follow(series_[chosen_], x, Quiet(x) ? restingLearn_ : playingLearn_);
