@@ -34,6 +34,13 @@ const double kReleaseRatio = std::pow(10.0, -0.9);
 // What rings on after a release, or after a note broke off in a room, lies 6 dB or more under
 // the ceiling; a note struck again comes back to within that of where it was.
 const double kFadedRatio = std::pow(10.0, -0.6);
+// A held note never falls by 100 dB per second for 40 ms on end: a lifted bow, a stopped
+// breath or a damped string does, and such a free decay is a release as soon as it lies as
+// far under the ceiling as a faded sound, before the 9 dB that slower falls need. The fall is
+// judged over five steps of 8 ms, each at least 0.8 dB, so a tremolo's swing or the beats of an
+// ensemble, which turn back within a few steps, do not pass for one.
+constexpr double kSteadyStepSeconds = 0.008;
+constexpr double kSteadyStepDb = 0.8;
 // Rumble and offsets below 20 Hz say nothing about attacks.
 constexpr double kDcCutHz = 20.0;
 // Power below -80 dB full scale is silence, whatever its relative changes.
@@ -53,6 +60,8 @@ void LevelFollower::Configure(double rate) noexcept
     lowest_ = lowestSeconds_ = 0.0;
     roughnessDb_ = 0.0;
     armed_ = releaseArmed_ = true;
+    stepPower_.fill(0.0);
+    stepSeconds_ = 0.0;
 }
 
 void LevelFollower::Push(const int16_t* samples, uint32_t count) noexcept
@@ -79,6 +88,27 @@ double LevelFollower::FollowFloor(double power, double seconds) noexcept
     return std::min(lowest_, *std::min_element(lowestBefore_.begin(), lowestBefore_.end()));
 }
 
+bool LevelFollower::FallsSteadily(double power, double seconds, double marginDb) noexcept
+{
+    stepSeconds_ += seconds;
+    if (stepSeconds_ >= kSteadyStepSeconds) {
+        stepSeconds_ -= kSteadyStepSeconds;
+        std::copy_backward(stepPower_.begin(), stepPower_.end() - 1, stepPower_.end());
+        stepPower_[0] = power;
+    }
+    // A less periodic sound swells and sinks on its own: its fall must be the margin steeper.
+    const double stepDb = kSteadyStepDb + marginDb / double(stepPower_.size());
+    const double stepRatio = std::pow(10.0, -stepDb / 10.0);
+    double newer = power;
+    for (const double older : stepPower_) {
+        if (newer >= stepRatio * older) {
+            return false;
+        }
+        newer = older;
+    }
+    return true;
+}
+
 LevelFollower::Events LevelFollower::Follow(double power, uint32_t samples, double marginDb) noexcept
 {
     const double margin = std::pow(10.0, marginDb / 10.0);
@@ -102,7 +132,8 @@ LevelFollower::Events LevelFollower::Follow(double power, uint32_t samples, doub
     } else if (ratio < kRearmRatio) {
         armed_ = true;
     }
-    if (releaseArmed_ && power * margin < kReleaseRatio * ceilingPower_) {
+    const bool steadyFall = FallsSteadily(power, seconds, marginDb) && events.faded;
+    if (releaseArmed_ && (power * margin < kReleaseRatio * ceilingPower_ || steadyFall)) {
         releaseArmed_ = false;
         events.release = true;
     } else if (power >= ceilingPower_) {

@@ -36,6 +36,8 @@ public:
 private:
     // The lowest power within the attack window, this frame's included.
     double FollowFloor(double power, double seconds) noexcept;
+    // Whether the power has fallen by at least a release's rate over each of the last steps.
+    bool FallsSteadily(double power, double seconds, double marginDb) noexcept;
 
     double dcPole_ = 0.0;
     double peakDecay_ = 0.0;
@@ -53,6 +55,9 @@ private:
     double ceilingPower_ = 0.0;
     bool armed_ = true;
     bool releaseArmed_ = true;
+    // The power at the start of each of the last few steps of a steady fall, newest first.
+    std::array<double, 5> stepPower_{};
+    double stepSeconds_ = 0.0;
 };
 
 } // namespace vocato::precise

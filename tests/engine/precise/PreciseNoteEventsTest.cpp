@@ -1,6 +1,6 @@
 // Note events of the precise tracker: re-struck repeated notes, silence, noise and hum, note
-// ends, a quiet performance's starts and soft notes, how soon low notes start, level modes and
-// independence from block sizes.
+// ends (a free decay among them), a quiet performance's starts and soft notes, how soon low
+// notes start, level modes and independence from block sizes.
 #include "PreciseTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -121,6 +121,31 @@ TEST(PreciseNoteEvents, NoteEndsWhenTheSoundStopsOrIsReleasedAndItsTailStartsNot
         EXPECT_GT(run.notes[0].OffSeconds(), earliest) << note;
         EXPECT_LT(run.notes[0].OffSeconds(), latest) << note;
     }
+}
+
+TEST(PreciseNoteEvents, AFreeDecayEndsItsNoteEarlyButATremoloDoesNotEndIt) {
+    // A lifted bow lets the string ring down by 120 dB per second: 6 dB under the ceiling,
+    // which sinks by 20 dB/s, 60 ms after the release; the 9 dB a slow fade needs would take
+    // 90 ms. A deep tremolo, +-4 dB at 6 Hz, falls as fast and as far for a moment, but turns
+    // back.
+    std::vector<int16_t> lifted = Harmonic(57, 1.0);
+    const size_t release = static_cast<size_t>(0.4 * 44100);
+    for (size_t i = release; i < lifted.size(); ++i) {
+        lifted[i] = Saturate(lifted[i] * std::pow(10.0, -120.0 * (i - release) / 44100.0 / 20.0));
+    }
+    const TrackRun decayed = Track(Concat({lifted, Silence(0.1)}));
+    ASSERT_EQ(decayed.NoteNumbers(), Notes{57});
+    EXPECT_GT(decayed.notes[0].OffSeconds(), 0.44);
+    EXPECT_LT(decayed.notes[0].OffSeconds(), 0.475);
+
+    std::vector<int16_t> tremolo = Harmonic(57, 1.0);
+    for (size_t i = 0; i < tremolo.size(); ++i) {
+        const double db = 4.0 * std::sin(2.0 * std::numbers::pi * 6.0 * i / 44100.0);
+        tremolo[i] = Saturate(tremolo[i] * std::pow(10.0, (db - 4.0) / 20.0));
+    }
+    const TrackRun held = Track(Concat({tremolo, Silence(0.1)}));
+    ASSERT_EQ(held.NoteNumbers(), Notes{57});
+    EXPECT_GT(held.notes[0].OffSeconds(), 0.98);
 }
 
 // Notes that swell from 40 dB down to their peak in 80 ms, as bowed strings and voices do,
