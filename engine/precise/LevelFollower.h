@@ -36,7 +36,8 @@ public:
 private:
     // The lowest power within the attack window, this frame's included.
     double FollowFloor(double power, double seconds) noexcept;
-    // Whether the power has fallen by at least a release's rate over each of the last steps.
+    // Records the power at each step's start; whether it has fallen by at least a release's
+    // rate over each of the last steps.
     bool FallsSteadily(double power, double seconds, double marginDb) noexcept;
 
     double dcPole_ = 0.0;

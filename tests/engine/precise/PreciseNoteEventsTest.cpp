@@ -90,17 +90,22 @@ TEST(PreciseNoteEvents, MainsHumNeitherPlaysNorBendsTheNotesOverIt) {
     }
 }
 
+// A held note from `releaseSeconds` on falling by `dbPerSecond`, as a released one rings down.
+std::vector<int16_t> Decaying(std::vector<int16_t> note, double releaseSeconds,
+                              double dbPerSecond) {
+    const size_t release = static_cast<size_t>(releaseSeconds * 44100);
+    for (size_t i = release; i < note.size(); ++i) {
+        note[i] = Saturate(note[i] * std::pow(10.0, -dbPerSecond * (i - release) / 44100.0 / 20.0));
+    }
+    return note;
+}
+
 TEST(PreciseNoteEvents, NoteEndsWhenTheSoundStopsOrIsReleasedAndItsTailStartsNothing) {
     // A release of 200 dB per second (a synthesizer's release, a damped string) stays periodic
     // and above the hold level for a while. A fall of 9 dB below a ceiling that sinks by 20 dB/s
     // takes 50 ms; without the release detector the note would last until the tail fades below
     // -36 dB.
-    std::vector<int16_t> released = Harmonic(64, 0.8);
-    const size_t release = static_cast<size_t>(0.4 * 44100);
-    for (size_t i = release; i < released.size(); ++i) {
-        released[i] =
-            Saturate(released[i] * std::pow(10.0, -200.0 * (i - release) / 44100.0 / 20.0));
-    }
+    const std::vector<int16_t> released = Decaying(Harmonic(64, 0.8), 0.4, 200.0);
     // In a room, a note that stops breaks off: for 5 ms its end and the first reflections blur
     // the waveform. Its reverberation rings on at its pitch, clearly periodic, 14 dB down 20 ms
     // later and sinking by 60 dB/s.
@@ -128,12 +133,7 @@ TEST(PreciseNoteEvents, AFreeDecayEndsItsNoteEarlyButATremoloDoesNotEndIt) {
     // which sinks by 20 dB/s, 60 ms after the release; the 9 dB a slow fade needs would take
     // 90 ms. A deep tremolo, +-4 dB at 6 Hz, falls as fast and as far for a moment, but turns
     // back.
-    std::vector<int16_t> lifted = Harmonic(57, 1.0);
-    const size_t release = static_cast<size_t>(0.4 * 44100);
-    for (size_t i = release; i < lifted.size(); ++i) {
-        lifted[i] = Saturate(lifted[i] * std::pow(10.0, -120.0 * (i - release) / 44100.0 / 20.0));
-    }
-    const TrackRun decayed = Track(Concat({lifted, Silence(0.1)}));
+    const TrackRun decayed = Track(Concat({Decaying(Harmonic(57, 1.0), 0.4, 120.0), Silence(0.1)}));
     ASSERT_EQ(decayed.NoteNumbers(), Notes{57});
     EXPECT_GT(decayed.notes[0].OffSeconds(), 0.44);
     EXPECT_LT(decayed.notes[0].OffSeconds(), 0.475);
