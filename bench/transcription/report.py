@@ -38,6 +38,15 @@ OVERALL_ROWS = [
     ("speed (audio s per CPU s)", lambda s: _times(s["realtime_factor"])),
 ]
 
+UNMATCHED_ROWS = [
+    ("late", "the true pitch, up to 150 ms after its onset"),
+    ("struck_again", "the true pitch, struck again later in the note"),
+    ("semitone", "a semitone off"),
+    ("octaves", "whole octaves off"),
+    ("other_pitch", "another pitch"),
+    ("no_true_note", "where no true note sounds"),
+]
+
 INSTRUMENT_TABLES = [
     ("F1, onset ±50 ms (%)", lambda s: _pct(s["f1_onset"])),
     ("F1, onset and offset (%)", lambda s: _pct(s["f1_offset"])),
@@ -60,6 +69,10 @@ matches, so the rows over the notes every converter matches compare like with li
 error is an estimated note that does not match but starts within 50 ms of a true note whose
 pitch is a whole number of octaves away (±50 cents). CPU is user + system time of the
 converter's process and its children; speed is audio time divided by that CPU time."""
+
+UNMATCHED_DEFINITION = """\
+Each estimated note that matches none is put against the true note sounding where it starts
+(counted from 50 ms before that note's onset, the latest-starting one if two overlap there)."""
 
 
 def _row(cells):
@@ -84,7 +97,11 @@ def markdown(results, meta):
     lines += _table(["metric"] + labels,
                     [[name] + [fmt(results[l]["overall"]) for l in labels]
                      for name, fmt in OVERALL_ROWS])
-    lines += ["", DEFINITIONS, "", "## Per instrument"]
+    lines += ["", DEFINITIONS, "", "## Estimated notes that match none", ""]
+    lines += _table(["kind"] + labels,
+                    [[name] + [str(results[l]["overall"]["unmatched"][key]) for l in labels]
+                     for key, name in UNMATCHED_ROWS])
+    lines += ["", UNMATCHED_DEFINITION, "", "## Per instrument"]
     instruments = list(results[labels[0]]["per_instrument"])
     for title, fmt in INSTRUMENT_TABLES:
         lines += ["", f"### {title}", ""]

@@ -44,6 +44,14 @@ def _latencies(ref, est, matching):
     return [float(est[0][e, 0] - ref[0][r, 0]) for r, e in matching]
 
 
+def _octaves_off(midi, ref_midi):
+    """Whether `midi` lies a whole, non-zero number of octaves from `ref_midi`, within the
+    pitch tolerance."""
+    octaves = (midi - ref_midi) / 12.0
+    nearest = round(octaves)
+    return nearest != 0 and abs(octaves - nearest) * 1200.0 <= PITCH_TOLERANCE_CENTS
+
+
 def count_octave_errors(ref_notes, est_notes, matched_est):
     """An octave error is an estimated note that is not matched (onset +-50 ms, pitch +-50
     cents) but whose onset is within +-50 ms of a true note whose pitch differs from it by a
@@ -55,12 +63,40 @@ def count_octave_errors(ref_notes, est_notes, matched_est):
         for ref_onset, _, ref_midi in ref_notes:
             if abs(ref_onset - onset) > ONSET_TOLERANCE + 1e-9:
                 continue
-            octaves = (midi - ref_midi) / 12.0
-            nearest = round(octaves)
-            if nearest != 0 and abs(octaves - nearest) * 1200.0 <= PITCH_TOLERANCE_CENTS:
+            if _octaves_off(midi, ref_midi):
                 errors += 1
                 break
     return errors
+
+
+# What an estimated note that matches no true note is, judged against the true note sounding
+# where it starts (from 50 ms before that note's onset): a note found late, a wrong pitch in a
+# known relation to the true one, the true note struck again, or a note where none sounds.
+MISS_KINDS = ("late", "struck_again", "semitone", "octaves", "other_pitch", "no_true_note")
+
+
+def classify_unmatched(ref_notes, est_notes, matched_est):
+    """Counts of the unmatched estimated notes by kind (MISS_KINDS). A note at the right pitch
+    within 150 ms of the true onset is late; later in the true note, it strikes it again."""
+    counts = dict.fromkeys(MISS_KINDS, 0)
+    for i, (onset, _, midi) in enumerate(est_notes):
+        if i in matched_est:
+            continue
+        sounding = [r for r in ref_notes if r[0] - ONSET_TOLERANCE <= onset < r[1]]
+        if not sounding:
+            counts["no_true_note"] += 1
+            continue
+        ref_onset, _, ref_midi = max(sounding, key=lambda r: r[0])
+        if abs(midi - ref_midi) * 100.0 <= PITCH_TOLERANCE_CENTS:
+            late = onset - ref_onset <= LOOSE_ONSET_TOLERANCE + 1e-9
+            counts["late" if late else "struck_again"] += 1
+        elif abs(abs(midi - ref_midi) - 1.0) * 100.0 <= PITCH_TOLERANCE_CENTS:
+            counts["semitone"] += 1
+        elif _octaves_off(midi, ref_midi):
+            counts["octaves"] += 1
+        else:
+            counts["other_pitch"] += 1
+    return counts
 
 
 def score_file(ref_notes, est_notes):
@@ -81,6 +117,7 @@ def score_file(ref_notes, est_notes):
         "onset_matches": onset_matches,
         "latencies_loose": _latencies(ref, est, loose),
         "octave_errors": count_octave_errors(ref_notes, est_notes, {e for _, e in onset}),
+        "unmatched": classify_unmatched(ref_notes, est_notes, {e for _, e in onset}),
     }
 
 
@@ -107,6 +144,8 @@ def pool(file_scores):
     wall = sum(s.get("wall", 0.0) for s in file_scores)
     out = {"files": len(file_scores), "failed": sum(1 for s in file_scores if s.get("error"))}
     out.update(total)
+    out["unmatched"] = {k: sum(s.get("unmatched", {}).get(k, 0) for s in file_scores)
+                        for k in MISS_KINDS}
     for name, matched in (("onset", "matched"), ("offset", "matched_offset"),
                           ("loose", "matched_loose")):
         p, r, f = _prf(total[matched], total["n_ref"], total["n_est"])

@@ -56,6 +56,24 @@ class Scoring(unittest.TestCase):
         leap = [(1.0, 1.2, 60.0), (1.03, 1.5, 72.0)]  # a correct leap is no octave error
         self.assertEqual(scoring.score_file(leap, leap)["octave_errors"], 0)
 
+    def test_unmatched_estimates_are_told_apart_by_the_true_note_sounding_where_they_start(self):
+        kinds = scoring.MISS_KINDS
+        cases = [
+            (shifted(2, d_onset=0.06), "late"),
+            (shifted(2, d_onset=0.16), "struck_again"),
+            (shifted(2, d_pitch=-1.2), "semitone"),
+            (shifted(2, d_pitch=24.4), "octaves"),
+            (shifted(2, d_pitch=2.0), "other_pitch"),
+            (shifted(3, d_onset=0.3), "no_true_note"),
+            # 40 ms before the next true onset counts against that next note
+            (shifted(2, d_onset=-0.04, d_pitch=1.0), "semitone"),
+        ]
+        for est, kind in cases:
+            got = scoring.score_file(MELODY, est)["unmatched"]
+            self.assertEqual(got, {k: int(k == kind) for k in kinds}, est)
+        twice = scoring.pool([scoring.score_file(MELODY, cases[0][0])] * 2)["unmatched"]
+        self.assertEqual(twice["late"], 2)
+
     def test_scores_pool_across_files_and_a_failed_file_costs_recall(self):
         perfect = scoring.score_file(MELODY, MELODY)
         alone = scoring.pool([perfect])
@@ -166,7 +184,9 @@ class RunningConverters(unittest.TestCase):
         self.assertEqual(result["broken"]["overall"]["failed"], 2)
         self.assertEqual(list(result["copy"]["per_instrument"]), ["flute", "cello"])
         with open(report) as f:
-            self.assertIn("| **F1, onset ±50 ms (%)** | 100.0 | 0.0 | 0.0 |", f.read())
+            text = f.read()
+        self.assertIn("| **F1, onset ±50 ms (%)** | 100.0 | 0.0 | 0.0 |", text)
+        self.assertIn("| another pitch | 0 | 0 | 0 |", text)
 
 
 if __name__ == "__main__":
