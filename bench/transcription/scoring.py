@@ -144,8 +144,7 @@ def pool(file_scores):
     wall = sum(s.get("wall", 0.0) for s in file_scores)
     out = {"files": len(file_scores), "failed": sum(1 for s in file_scores if s.get("error"))}
     out.update(total)
-    out["unmatched"] = {k: sum(s.get("unmatched", {}).get(k, 0) for s in file_scores)
-                        for k in MISS_KINDS}
+    out["unmatched"] = {k: sum(s["unmatched"][k] for s in file_scores) for k in MISS_KINDS}
     for name, matched in (("onset", "matched"), ("offset", "matched_offset"),
                           ("loose", "matched_loose")):
         p, r, f = _prf(total[matched], total["n_ref"], total["n_est"])
