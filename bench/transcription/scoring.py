@@ -107,6 +107,7 @@ def score_file(ref_notes, est_notes):
     loose = _match(ref, est, LOOSE_ONSET_TOLERANCE, None)
     # By true note, so that converters can be compared on the notes they all find.
     onset_matches = sorted([int(r), x] for (r, _), x in zip(onset, _latencies(ref, est, onset)))
+    matched_est = {e for _, e in onset}
     return {
         "n_ref": len(ref_notes),
         "n_est": len(est_notes),
@@ -116,8 +117,8 @@ def score_file(ref_notes, est_notes):
         "latencies": [x for _, x in onset_matches],
         "onset_matches": onset_matches,
         "latencies_loose": _latencies(ref, est, loose),
-        "octave_errors": count_octave_errors(ref_notes, est_notes, {e for _, e in onset}),
-        "unmatched": classify_unmatched(ref_notes, est_notes, {e for _, e in onset}),
+        "octave_errors": count_octave_errors(ref_notes, est_notes, matched_est),
+        "unmatched": classify_unmatched(ref_notes, est_notes, matched_est),
     }
 
 
