@@ -10,6 +10,9 @@ condition of the chosen melodies in the benchmark's layout:
   hum          mains hum at --db (default 40) dB below full scale: 50, 100 and 150 Hz
   quieter      the whole file --db (default 20) dB down
   rate         resampled by sox to --rate Hz (default 48000)
+  tremolo      the level swung by --db (default 9) dB, peak to trough, 6 times a second:
+               a singer's or a flautist's vibrato moves the level too, a guitar amplifier's
+               tremolo or an ensemble's beating more
 
     python3 bench/recording_conditions.py /tmp/reverb reverb --melodies 1 12
     python3 bench/recording_conditions.py /tmp/r48k rate --rate 48000
@@ -29,11 +32,12 @@ import numpy as np
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from transcription.dataset import default_data_dir, load_manifest, select_split, write_manifest  # noqa: E402
 
-DEFAULT_DB = {"noise": 20.0, "hum": 40.0, "quieter": 20.0}
+DEFAULT_DB = {"noise": 20.0, "hum": 40.0, "quieter": 20.0, "tremolo": 9.0}
 # Samples quieter than this (16-bit scale) are the silence between notes, which must not lower
 # the level the noise is measured against.
 SILENT = 100
 HUM = ((50.0, 1.0), (100.0, 0.5), (150.0, 0.3))
+TREMOLO_HZ = 6.0
 
 
 def read(path):
@@ -69,14 +73,17 @@ def change(condition, source, target, db, rate, rng):
         x = x + 32768 * 10 ** (-db / 20) * sum(a * np.sin(2 * np.pi * f * t) for f, a in HUM)
     elif condition == "quieter":
         x = x * 10 ** (-db / 20)
+    elif condition == "tremolo":
+        t = np.arange(x.size) / sr
+        x = x * 10 ** (db / 40 * np.sin(2 * np.pi * TREMOLO_HZ * t) - db / 40)
     write(target, x, sr)
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("out")
-    parser.add_argument("condition", choices=("reverb", "noise", "hum", "quieter", "rate"))
-    parser.add_argument("--db", type=float, help="how far down the noise, the hum or the whole file is")
+    parser.add_argument("condition", choices=("reverb", "noise", "hum", "quieter", "rate", "tremolo"))
+    parser.add_argument("--db", type=float, help="how far down the noise, the hum or the whole file is; the tremolo's swing")
     parser.add_argument("--rate", type=int, default=48000)
     parser.add_argument("--melodies", type=int, nargs=2, default=(1, 99), metavar=("FIRST", "LAST"),
                         help="only the files whose number (p01 is 1) lies in this range")

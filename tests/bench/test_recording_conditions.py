@@ -72,6 +72,11 @@ class RecordingConditions(unittest.TestCase):
         resampled, rate = self.run_condition("rate", "--rate", "48000")
         self.assertEqual(rate, 48000)
         self.assertAlmostEqual(resampled.size / rate, 1.0, delta=0.001)
+        swung, _ = self.run_condition("tremolo", "--db", "9")
+        windows = swung[sounding][: RATE // 4 // 441 * 441].reshape(-1, 441)  # 10 ms each
+        levels = db(np.sqrt(np.mean(windows**2, axis=1)) / active)
+        self.assertAlmostEqual(levels.max(), 0, delta=0.2, msg="the peaks keep the level")
+        self.assertAlmostEqual(levels.min(), -9, delta=0.3)
         reverberant, _ = self.run_condition("reverb")
         after = slice(int(0.55 * RATE), int(0.7 * RATE))
         self.assertGreater(db(np.sqrt(np.mean(reverberant[after] ** 2)) / active), -40, "the room rings on")
