@@ -83,7 +83,8 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("out")
     parser.add_argument("condition", choices=("reverb", "noise", "hum", "quieter", "rate", "tremolo"))
-    parser.add_argument("--db", type=float, help="how far down the noise, the hum or the whole file is; the tremolo's swing")
+    parser.add_argument("--db", type=float,
+                        help="how far down the noise, the hum or the whole file is; how deep the tremolo swings")
     parser.add_argument("--rate", type=int, default=48000)
     parser.add_argument("--melodies", type=int, nargs=2, default=(1, 99), metavar=("FIRST", "LAST"),
                         help="only the files whose number (p01 is 1) lies in this range")
