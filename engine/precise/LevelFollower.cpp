@@ -37,8 +37,9 @@ const double kFadedRatio = std::pow(10.0, -0.6);
 // A held note never falls by 100 dB per second for 40 ms on end: a lifted bow, a stopped
 // breath or a damped string does, and such a free decay is a release as soon as it lies as
 // far under the ceiling as a faded sound, before the 9 dB that slower falls need. The fall is
-// judged over five steps of 8 ms, each at least 0.8 dB, so a tremolo's swing or the beats of an
-// ensemble, which turn back within a few steps, do not pass for one.
+// judged over five steps of 8 ms, each at least 0.8 dB, so the beats of an ensemble or a
+// shallow tremolo, which turn back within a few steps, do not pass for one. A tremolo that
+// swings 9 dB or more at 6 Hz falls that fast for long enough, and ends its note in a trough.
 constexpr double kSteadyStepSeconds = 0.008;
 constexpr double kSteadyStepDb = 0.8;
 // Rumble and offsets below 20 Hz say nothing about attacks.
