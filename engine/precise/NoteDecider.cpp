@@ -563,11 +563,14 @@ bool NoteDecider::Resting(const PreciseSettings& s) const noexcept
 uint32_t NoteDecider::ChangeSamples(const PreciseSettings& s, double pitch, bool settled) const noexcept
 {
     const uint32_t confirm = Samples(kConfirmSeconds, s.sampleRate);
-    if (!settled) {
-        return confirm;
-    }
-    if (std::abs(std::abs(candidate_ - note_) - 12) <= 1) {
+    if (settled && std::abs(std::abs(candidate_ - note_) - 12) <= 1) {
         return static_cast<uint32_t>(kOctaveFactor * confirm);
+    }
+    // A note just begun may still be settling into its pitch and follows at once, unless a
+    // swing across a border brought it: the next swing crosses the border back within half a
+    // vibrato cycle, before the note would have settled.
+    if (!settled && (stepFrom_ < 0 || std::abs(stepFrom_ - note_) != 1)) {
+        return confirm;
     }
     const bool landed = std::abs(pitch - candidate_) <= kIntoNote &&
                         arrivalMove_ < Samples(kShortestHalfCycleSeconds, s.sampleRate);
