@@ -13,10 +13,15 @@ one of two ways of joining legato notes:
 In slide mode the voice may also begin each note after a rest --scoop semitones flat and rise
 into it over --scoop-time seconds, and sing each note up to --detune cents off its pitch, as
 untrained singers do; with --phrase-vibrato one vibrato runs on through each legato phrase, as
-trained singers keep it across their steps, so a step may land anywhere in a swing.
+trained singers keep it across their steps, so a step may land anywhere in a swing. With
+--words each note is a syllable of a text: its own vowel, and before it (in the note before or
+the rest) a consonant that dips the voice (l, m, n), closes it (d, t, k) or replaces it with
+hiss (s, h); the pitch drifts by a few cents and the level swells and sinks as a voice's do.
+Where a consonant stops the voice, the note before ends where it stops.
 
     python3 bench/synthetic_singers.py slide /tmp/slide
     python3 bench/synthetic_singers.py slide /tmp/scoop --scoop 1
+    python3 bench/synthetic_singers.py slide /tmp/words --words
     python3 bench/accuracy.py --data /tmp/slide --converter precise='...' --split all
 
 The output directory gets audio/*.wav, gt/*.csv and a manifest.json that accuracy.py reads.
@@ -38,6 +43,18 @@ VOICES = ("choir_aahs", "voice_oohs", "synth_voice")
 # First three formants (centre, bandwidth in Hz) of four vowels.
 VOWELS = ([(730, 90), (1090, 110), (2440, 170)], [(570, 80), (840, 100), (2410, 170)],
           [(300, 60), (870, 100), (2240, 170)], [(530, 80), (1840, 120), (2480, 170)])
+# A nasal or a voice bar: the mouth closed, the sound dull.
+CLOSED = [(250, 100), (1000, 300), (2200, 300)]
+# How a consonant treats the voice: the level it leaves it at (dB under the vowel; None: the
+# voice stops), the hiss it adds (its band in Hz and level in dB under the vowel), and how often
+# it comes.
+CONSONANTS = {
+    "none": dict(voice=0, hiss=None, share=0.15),
+    "lmn": dict(voice=-16, hiss=None, share=0.3),
+    "d": dict(voice=-30, hiss=((1500, 5000), -20), share=0.15),
+    "tk": dict(voice=None, hiss=((1500, 6000), -14), share=0.25),
+    "sh": dict(voice=None, hiss=((3500, 8000), -18), share=0.15),
+}
 
 
 def frequency(note):
@@ -51,7 +68,9 @@ def vibrato_cents(t, depth, rng, rate=None, phase=None):
 
 
 def voiced(f, vowel):
-    """A harmonic source with a gentle spectral slope through the vowel's formants, below 5 kHz."""
+    """A harmonic source with a gentle spectral slope through the vowel's formants, below 5 kHz.
+
+    A formant's centre may be one number or one per sample (a vowel that changes)."""
     phase = 2 * np.pi * np.cumsum(f) / RATE
     out = np.zeros(len(f))
     for k in range(1, 40):
@@ -70,6 +89,7 @@ def slide(notes, length, vowel, args, rng):
     detune = rng.uniform(-args.detune, args.detune, len(notes)) if args.detune else np.zeros(len(notes))
     level = np.zeros(length)
     phrase_start = 0.0
+    plan = syllables(notes, rng) if args.words else None
     for i, (on, off, note) in enumerate(notes):
         s, e = int(on * RATE), int(off * RATE)
         t = np.arange(e - s) / RATE
@@ -80,11 +100,17 @@ def slide(notes, length, vowel, args, rng):
             cents = vibrato_cents(t + (on - phrase_start), args.vibrato, rng, rate, phase)
         else:
             cents = vibrato_cents(t, args.vibrato, rng)
-        if is_legato(notes, i) and args.glide > 0:
+        consonant = plan[i] if plan else ("none", 0.0)
+        if is_legato(notes, i) and args.glide > 0 and consonant[0] == "none":
             cents += 100 * (notes[i - 1][2] - note) * np.clip(1 - t / args.glide, 0, 1) ** 2
         elif not is_legato(notes, i) and args.scoop > 0:
             cents -= 100 * args.scoop * np.clip(1 - t / args.scoop_time, 0, 1) ** 2
         f[s:e] = frequency(note) * 2 ** ((cents + detune[i]) / 1200)
+        start = s - int(min(consonant[1], args.glide) * RATE)
+        if is_legato(notes, i) and CONSONANTS[consonant[0]]["voice"] is not None and start < s:
+            # In a voiced consonant the pitch moves on to the next note, arriving with the vowel.
+            x = np.linspace(0, 1, s - start)
+            f[start:s] = f[start] * (f[s] / f[start]) ** (1 - (1 - x) ** 2)
         envelope = np.ones(e - s)
         if not is_legato(notes, i):
             envelope[:int(0.04 * RATE)] = np.linspace(0, 1, int(0.04 * RATE))
@@ -92,7 +118,97 @@ def slide(notes, length, vowel, args, rng):
             k = min(int(0.05 * RATE), e - s)
             envelope[-k:] *= np.linspace(1, 0, k)
         level[s:e] = envelope
-    return voiced(f, vowel) * level, level
+    if args.words:
+        return words(notes, plan, f, level, rng)
+    return voiced(f, vowel) * level, level, notes
+
+
+def band_noise(length, low, high, rng):
+    spectrum = np.fft.rfft(rng.standard_normal(length))
+    hz = np.fft.rfftfreq(length, 1 / RATE)
+    spectrum[(hz < low) | (hz > high)] = 0
+    noise = np.fft.irfft(spectrum, length)
+    return noise / (np.std(noise) + 1e-12)
+
+
+def slow_wander(length, spread, seconds, rng):
+    """Random wandering with the given standard deviation that changes over about `seconds`."""
+    steps = length // 441 + 2
+    walk = np.zeros(steps)
+    pull = np.exp(-0.01 / seconds)
+    for i, kick in enumerate(rng.standard_normal(steps)[1:], start=1):
+        walk[i] = pull * walk[i - 1] + kick
+    walk *= spread / (np.std(walk) + 1e-12)
+    return np.interp(np.arange(length) / 441, np.arange(steps), walk)
+
+
+def syllables(notes, rng):
+    """Each note's consonant and how long it takes before the vowel (from the rest or the note
+    before, at most 80 ms and 40 % of that note)."""
+    kinds, shares = list(CONSONANTS), [CONSONANTS[k]["share"] for k in CONSONANTS]
+    plan = []
+    for i, (on, _, _) in enumerate(notes):
+        kind = rng.choice(kinds, p=shares)
+        if not is_legato(notes, i) and CONSONANTS[kind]["voice"] is not None:
+            kind = "none"  # after a rest, only a consonant that does not sound the voice
+        room = on if i == 0 else (on - notes[i - 1][1]) + 0.4 * (notes[i - 1][1] - notes[i - 1][0])
+        plan.append((kind, min(rng.uniform(0.04, 0.08), room) if kind != "none" else 0.0))
+    return plan
+
+
+def words(notes, plan, f, level, rng):
+    """Sings each note as a syllable; returns the sound, the voice's level and the notes as sung."""
+    length = len(f)
+    f = f * 2 ** (slow_wander(length, 6, 0.3, rng) / 1200)
+    level = level * 10 ** (slow_wander(length, 1.5, 0.2, rng) / 20)
+    formants = [(np.full(length, float(c)), np.full(length, float(w))) for c, w in VOWELS[0]]
+    closed = np.zeros(length)
+    hiss = {kind: np.zeros(length) for kind in CONSONANTS}
+    sung = [list(n) for n in notes]
+    for i, (on, _, _) in enumerate(notes):
+        s = int(on * RATE)
+        vowel = VOWELS[rng.integers(len(VOWELS))]
+        for (centre, width), (c, w) in zip(formants, vowel):
+            # The mouth moves to the new vowel over 30 ms.
+            k = min(int(0.03 * RATE), length - s)
+            before = centre[s - 1] if s > 0 else c
+            centre[s:], width[s:] = c, w
+            centre[s:s + k] = np.linspace(before, c, k)
+        kind, seconds = plan[i]
+        start = s - int(seconds * RATE)
+        consonant = CONSONANTS[kind]
+        if start >= s:
+            continue
+        x = np.linspace(0, 1, s - start)
+        if consonant["voice"] is None:
+            # The voice stops within 10 ms and comes back over 15 ms with the vowel.
+            fall = min(int(0.01 * RATE), s - start)
+            level[start:start + fall] *= np.linspace(1, 0, fall)
+            level[start + fall:s] = 0
+        elif kind == "lmn":
+            level[start:s] *= 10 ** (consonant["voice"] * np.sin(np.pi * x) / 20)
+            closed[start:s] = np.maximum(closed[start:s], np.sin(np.pi * x))
+        else:
+            level[start:s] *= 10 ** (consonant["voice"] / 20)
+            closed[start:s] = 1
+        if consonant["voice"] is None or kind == "d":
+            rise = int(0.015 * RATE)
+            level[s:s + rise] *= np.linspace(0, 1, len(level[s:s + rise]))
+            if i > 0:
+                sung[i - 1][1] = min(sung[i - 1][1], start / RATE)
+        if consonant["hiss"] is not None:
+            # Stops end in a burst that dies away; a hiss rises and holds until the vowel.
+            burst = np.exp(-(1 - x) * (s - start) / (0.012 * RATE)) if kind in ("d", "tk") else np.minimum(1, x * 4)
+            hiss[kind][start:s] = burst
+    mouth = [(c * (1 - closed) + cc * closed, w * (1 - closed) + cw * closed)
+             for (c, w), (cc, cw) in zip(formants, CLOSED)]
+    voice = voiced(f, mouth) * level
+    loud = np.sqrt(np.mean(voice[level > 0.5] ** 2)) if np.any(level > 0.5) else 1.0
+    for kind, envelope in hiss.items():
+        if np.any(envelope):
+            (low, high), db = CONSONANTS[kind]["hiss"]
+            voice += band_noise(length, low, high, rng) * envelope * loud * 10 ** (db / 20)
+    return voice, level, [tuple(n) for n in sung]
 
 
 def overlap(notes, length, vowel, args, rng):
@@ -104,7 +220,7 @@ def overlap(notes, length, vowel, args, rng):
         held = off - on
         envelope = np.clip(t / args.rise, 0, 1) * np.where(t < held, 1.0, np.exp(-(t - held) / args.fade))
         out[s:e] += voiced(f, vowel) * envelope
-    return out, np.ones(length)
+    return out, np.ones(length), notes
 
 
 def main():
@@ -120,6 +236,8 @@ def main():
     parser.add_argument("--detune", type=float, default=0, help="slide: each note off its pitch by up to this many cents (default 0)")
     parser.add_argument("--rise", type=float, default=0.05, help="overlap: attack time, s (default 0.05)")
     parser.add_argument("--fade", type=float, default=0.08, help="overlap: release time constant, s (default 0.08)")
+    parser.add_argument("--words", action="store_true",
+                        help="slide: sing each note as a syllable, a consonant before its own vowel")
     parser.add_argument("--breath", type=float, default=-30, help="breath noise level, dB (default -30)")
     args = parser.parse_args()
 
@@ -134,7 +252,7 @@ def main():
         notes = read_csv_notes(item["gt"])
         length = int((notes[-1][1] + 1.0) * RATE)
         sing = slide if args.mode == "slide" else overlap
-        y, level = sing(notes, length, VOWELS[len(items) % len(VOWELS)], args, rng)
+        y, level, notes = sing(notes, length, VOWELS[len(items) % len(VOWELS)], args, rng)
         y = y / (np.max(np.abs(y)) + 1e-9) + rng.standard_normal(length) * 0.3 * 10 ** (args.breath / 20) * level
         file_id = f"{args.mode}-{item['id']}"
         with wave.open(os.path.join(args.out, "audio", file_id + ".wav"), "wb") as w:
