@@ -34,6 +34,12 @@ const double kReleaseRatio = std::pow(10.0, -0.9);
 // What rings on after a release, or after a note broke off in a room, lies 6 dB or more under
 // the ceiling; a note struck again comes back to within that of where it was.
 const double kFadedRatio = std::pow(10.0, -0.6);
+// What is left once a sound has stopped (a voiced consonant between two sung syllables, a
+// room's murmur) lies 20 dB or more under the ceiling, as far as the start level sets a quiet
+// sound below the performance; the peak envelope, falling over tens of milliseconds, still reads
+// the sound before. While it does not grow by an attack's 6 dB over the floor, it is only that.
+const double kLeftOverRatio = 0.01;
+const double kGrowingRatio = std::pow(10.0, 0.6);
 // A held note never falls by 100 dB per second for 40 ms on end: a lifted bow, a stopped
 // breath or a damped string does, and such a free decay is a release as soon as it lies as
 // far under the ceiling as a faded sound, before the 9 dB that slower falls need. The fall is
@@ -118,6 +124,7 @@ LevelFollower::Events LevelFollower::Follow(double power, uint32_t samples, doub
     ceilingPower_ = SinkingPeak(ceilingPower_, power, kCeilingFallDbPerSecond, seconds);
     Events events;
     events.faded = power * margin < kFadedRatio * ceilingPower_;
+    events.leftOver = power < kLeftOverRatio * ceilingPower_ && power < kGrowingRatio * floor;
     if (power < kSilentPower) {
         armed_ = true;
         return events;

@@ -22,9 +22,10 @@ public:
     void Push(const int16_t* samples, uint32_t count) noexcept;
 
     struct Events {
-        bool attack = false;  // on the frame where a new attack is first seen
-        bool release = false; // on the frame where a release is first seen
-        bool faded = false;   // while the power lies well under the ceiling, as in a release
+        bool attack = false;   // on the frame where a new attack is first seen
+        bool release = false;  // on the frame where a release is first seen
+        bool faded = false;    // while the power lies well under the ceiling, as in a release
+        bool leftOver = false; // far under the ceiling and not growing: what a sound left
     };
 
     // Once per frame, with the power of the latest period, the samples since the last frame

@@ -263,7 +263,7 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
                                                          : kStartClarity;
     const bool justBegun = sinceOnset_ < Samples(kOnsetSeconds, s.sampleRate);
     const bool voiced = f.frequency > 0.0 && f.clarity >= clarity && f.level > StartLevel(s) &&
-                        !(justBegun && Arriving(s, pitch - nearest));
+                        !f.leftOver && !(justBegun && Arriving(s, pitch - nearest));
     if (!voiced) {
         // An attack is noisy: a few unclear frames pause the confirmation, more restart it.
         candidateMisses_ += f.samples;

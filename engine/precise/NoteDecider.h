@@ -35,6 +35,7 @@ struct FrameFeatures {
     bool attack = false;
     bool release = false;
     bool faded = false;
+    bool leftOver = false;
     double power = 0.0;     // of the latest period, 16-bit scale squared
     uint32_t samples = 0;   // samples this frame covers
 };

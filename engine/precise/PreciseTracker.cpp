@@ -71,6 +71,7 @@ void PreciseTracker::Calc(WFETMidiOut* out) noexcept
     frame.attack = events.attack;
     frame.release = events.release;
     frame.faded = events.faded;
+    frame.leftOver = events.leftOver;
     frame.samples = samplesSinceCalc_;
     samplesSinceCalc_ = 0;
     decider_.Decide(settings_, frame, out);
