@@ -21,6 +21,7 @@ condition of the chosen melodies in the benchmark's layout:
 
 import argparse
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -99,7 +100,8 @@ def main():
     os.makedirs(os.path.join(args.out, "gt"), exist_ok=True)
     items = []
     for item in select_split(load_manifest(data), args.split):
-        number = int(item["id"][1:3])
+        # The melody's number, also in the ids of derived sets ("slide-p01_...").
+        number = int(re.search(r"(?:^|-)p(\d+)_", item["id"]).group(1))
         if not args.melodies[0] <= number <= args.melodies[1]:
             continue
         change(args.condition, item["audio"], os.path.join(args.out, "audio", item["id"] + ".wav"), db,

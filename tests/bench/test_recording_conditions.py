@@ -38,7 +38,7 @@ class RecordingConditions(unittest.TestCase):
         t = np.arange(RATE) / RATE
         tone = np.where((t >= 0.25) & (t < 0.5), 8000 * np.sin(2 * np.pi * 440 * t), 0.0)  # A4 in silence
         items = []
-        for name in ("p01_flute_a", "p13_flute_b"):
+        for name in ("p01_flute_a", "slide-p13_flute_b"):  # a derived set names its melody inside
             with wave.open(os.path.join(self.data, "audio", name + ".wav"), "wb") as w:
                 w.setnchannels(1), w.setsampwidth(2), w.setframerate(RATE)
                 w.writeframes(tone.astype(np.int16).tobytes())
