@@ -39,7 +39,7 @@ const double kFadedRatio = std::pow(10.0, -0.6);
 // sound below the performance; the peak envelope, falling over tens of milliseconds, still reads
 // the sound before. While it does not grow by an attack's 6 dB over the floor, it is only that.
 const double kLeftOverRatio = 0.01;
-const double kGrowingRatio = std::pow(10.0, 0.6);
+const double kGrowingRatio = std::pow(10.0, kAttackDb / 10.0);
 // A held note never falls by 100 dB per second for 40 ms on end: a lifted bow, a stopped
 // breath or a damped string does, and such a free decay is a release as soon as it lies as
 // far under the ceiling as a faded sound, before the 9 dB that slower falls need. The fall is

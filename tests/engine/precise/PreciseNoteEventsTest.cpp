@@ -162,12 +162,13 @@ std::vector<int16_t> ThroughAVoicedConsonant(int from, int to, double barDb) {
         const double t = i / rate;
         const double moved = std::clamp((t - opens + 0.03) / 0.03, 0.0, 1.0);
         phase += 2 * std::numbers::pi * NoteFrequency(from + (to - from) * moved) / rate;
+        const double reopened = std::min(1.0, (t - opens) / 0.015);
         const double gain = t < 0.1 || t > 0.96 ? 0.0
                             : t < closes        ? 1.0
                             : t < opens         ? std::max(bar, 1.0 - (t - closes) / 0.01)
-                                                : bar + (1.0 - bar) * std::min(1.0, (t - opens) / 0.015);
-        out[i] = Saturate(10000 * gain *
-                          (std::sin(phase) + 0.5 * std::sin(2 * phase) + 0.3 * std::sin(3 * phase)));
+                                                : bar + (1.0 - bar) * reopened;
+        const double wave = std::sin(phase) + 0.5 * std::sin(2 * phase) + 0.3 * std::sin(3 * phase);
+        out[i] = Saturate(10000 * gain * wave);
     }
     return out;
 }
