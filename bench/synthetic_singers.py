@@ -163,7 +163,7 @@ def words(notes, plan, f, level, rng):
     level = level * 10 ** (slow_wander(length, 1.5, 0.2, rng) / 20)
     formants = [(np.full(length, float(c)), np.full(length, float(w))) for c, w in VOWELS[0]]
     closed = np.zeros(length)
-    hiss = {kind: np.zeros(length) for kind in CONSONANTS}
+    hiss = {kind: np.zeros(length) for kind, consonant in CONSONANTS.items() if consonant["hiss"]}
     sung = [list(n) for n in notes]
     for i, (on, _, _) in enumerate(notes):
         s = int(on * RATE)
@@ -196,7 +196,7 @@ def words(notes, plan, f, level, rng):
             level[s:s + rise] *= np.linspace(0, 1, len(level[s:s + rise]))
             if i > 0:
                 sung[i - 1][1] = min(sung[i - 1][1], start / RATE)
-        if consonant["hiss"] is not None:
+        if kind in hiss:
             # Stops end in a burst that dies away; a hiss rises and holds until the vowel.
             burst = np.exp(-(1 - x) * (s - start) / (0.012 * RATE)) if kind in ("d", "tk") else np.minimum(1, x * 4)
             hiss[kind][start:s] = burst
