@@ -17,11 +17,15 @@ trained singers keep it across their steps, so a step may land anywhere in a swi
 --words each note is a syllable of a text: its own vowel, and before it (in the note before or
 the rest) a consonant that dips the voice (l, m, n), closes it (d, t, k) or replaces it with
 hiss (s, h); the pitch drifts by a few cents and the level swells and sinks as a voice's do.
-Where a consonant stops the voice, the note before ends where it stops.
+Where a consonant stops the voice, the note before ends where it stops. --jitter and --shimmer
+make each cycle of the voice a little longer or shorter and louder or softer than the one
+before, as in a rough or tired voice (--jitter 0.5 measures about 0.6 % local jitter, a healthy
+voice; 1 about 1.1 %, where clinics begin to call a voice rough).
 
     python3 bench/synthetic_singers.py slide /tmp/slide
     python3 bench/synthetic_singers.py slide /tmp/scoop --scoop 1
     python3 bench/synthetic_singers.py slide /tmp/words --words
+    python3 bench/synthetic_singers.py slide /tmp/rough --jitter 1 --shimmer 0.5
     python3 bench/accuracy.py --data /tmp/slide --converter precise='...' --split all
 
 The output directory gets audio/*.wav, gt/*.csv and a manifest.json that accuracy.py reads.
@@ -67,17 +71,31 @@ def vibrato_cents(t, depth, rng, rate=None, phase=None):
     return depth * np.clip(t / 0.15, 0, 1) * np.sin(2 * np.pi * rate * t + phase)
 
 
-def voiced(f, vowel):
+def cycle_to_cycle(f, args, rng):
+    """Vocal folds never repeat a cycle exactly: each cycle's period is off by --jitter percent
+    and its amplitude by --shimmer dB (standard deviations, drawn anew per cycle; the amplitude
+    moves from one cycle's to the next's across the cycle). Returns the frequency and gain."""
+    if not args.jitter and not args.shimmer:
+        return f, 1.0
+    cycles = np.cumsum(f) / RATE
+    count = int(cycles[-1]) + 2
+    period = 1 + args.jitter / 100 * rng.standard_normal(count)
+    gain_db = args.shimmer * rng.standard_normal(count)
+    return f / period[cycles.astype(int)], 10 ** (np.interp(cycles, np.arange(count), gain_db) / 20)
+
+
+def voiced(f, vowel, args, rng):
     """A harmonic source with a gentle spectral slope through the vowel's formants, below 5 kHz.
 
     A formant's centre may be one number or one per sample (a vowel that changes)."""
+    f, gain = cycle_to_cycle(f, args, rng)
     phase = 2 * np.pi * np.cumsum(f) / RATE
     out = np.zeros(len(f))
     for k in range(1, 40):
         fk = f * k
-        gain = (0.15 + sum(1 / (1 + ((fk - centre) / width) ** 2) for centre, width in vowel)) / k ** 0.7
-        out += np.where(fk < 5000, gain, 0) * np.sin(k * phase)
-    return out
+        weight = (0.15 + sum(1 / (1 + ((fk - centre) / width) ** 2) for centre, width in vowel)) / k ** 0.7
+        out += np.where(fk < 5000, weight, 0) * np.sin(k * phase)
+    return out * gain
 
 
 def is_legato(notes, i):
@@ -119,8 +137,8 @@ def slide(notes, length, vowel, args, rng):
             envelope[-k:] *= np.linspace(1, 0, k)
         level[s:e] = envelope
     if args.words:
-        return words(notes, plan, f, level, rng)
-    return voiced(f, vowel) * level, level, notes
+        return words(notes, plan, f, level, args, rng)
+    return voiced(f, vowel, args, rng) * level, level, notes
 
 
 def band_noise(length, low, high, rng):
@@ -156,7 +174,7 @@ def syllables(notes, rng):
     return plan
 
 
-def words(notes, plan, f, level, rng):
+def words(notes, plan, f, level, args, rng):
     """Sings each note as a syllable; returns the sound, the voice's level and the notes as sung."""
     length = len(f)
     f = f * 2 ** (slow_wander(length, 6, 0.3, rng) / 1200)
@@ -202,7 +220,7 @@ def words(notes, plan, f, level, rng):
             hiss[kind][start:s] = burst
     mouth = [(c * (1 - closed) + cc * closed, w * (1 - closed) + cw * closed)
              for (c, w), (cc, cw) in zip(formants, CLOSED)]
-    voice = voiced(f, mouth) * level
+    voice = voiced(f, mouth, args, rng) * level
     loud = np.sqrt(np.mean(voice[level > 0.5] ** 2)) if np.any(level > 0.5) else 1.0
     for kind, envelope in hiss.items():
         if np.any(envelope):
@@ -219,7 +237,7 @@ def overlap(notes, length, vowel, args, rng):
         f = frequency(note) * 2 ** (vibrato_cents(t, args.vibrato, rng) / 1200)
         held = off - on
         envelope = np.clip(t / args.rise, 0, 1) * np.where(t < held, 1.0, np.exp(-(t - held) / args.fade))
-        out[s:e] += voiced(f, vowel) * envelope
+        out[s:e] += voiced(f, vowel, args, rng) * envelope
     return out, np.ones(length), notes
 
 
@@ -239,6 +257,8 @@ def main():
     parser.add_argument("--words", action="store_true",
                         help="slide: sing each note as a syllable, a consonant before its own vowel")
     parser.add_argument("--breath", type=float, default=-30, help="breath noise level, dB (default -30)")
+    parser.add_argument("--jitter", type=float, default=0, help="each cycle's period off by this many percent (s.d., default 0)")
+    parser.add_argument("--shimmer", type=float, default=0, help="each cycle's amplitude off by this many dB (s.d., default 0)")
     args = parser.parse_args()
 
     rng = np.random.default_rng(7)
