@@ -14,7 +14,7 @@ import numpy as np
 BENCH = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "bench")
 sys.path.insert(0, BENCH)
 
-from transcription import dataset  # noqa: E402
+from transcription import dataset, notes  # noqa: E402
 
 RATE = 44100
 
@@ -80,6 +80,13 @@ class RecordingConditions(unittest.TestCase):
         reverberant, _ = self.run_condition("reverb")
         after = slice(int(0.55 * RATE), int(0.7 * RATE))
         self.assertGreater(db(np.sqrt(np.mean(reverberant[after] ** 2)) / active), -40, "the room rings on")
+
+    def test_a_delay_moves_the_true_notes_with_the_sound(self):
+        delayed, _ = self.run_condition("delay", "--samples", "11")
+        np.testing.assert_array_equal(delayed, np.concatenate([np.zeros(11), self.tone.astype(np.int16)]))
+        later = 11 / RATE
+        self.assertEqual(notes.read_csv_notes(os.path.join(self.work.name, "delay", "gt", "p01_flute_a.csv")),
+                         [(round(0.25 + later, 6), round(0.5 + later, 6), 69.0)])
 
 
 if __name__ == "__main__":
