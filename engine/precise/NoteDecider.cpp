@@ -50,6 +50,10 @@ constexpr double kOnsetSeconds = 0.05;
 // does not continue the phase of the old waveform. The next note then needs its own
 // confirmation, so a repeated pitch is struck again.
 constexpr double kBreakRatio = 0.8;
+// A new excitation lowers every analysis whose window spans the joint, a period or more of
+// them. One irregular cycle of a rough voice (its period a percent or two off the last) lowers
+// a single analysis, whose value stands for two frames: a break must outlast it.
+constexpr uint32_t kBreakSamples = 2 * kWFETFrameSamples;
 // For a note whose periodicity wanders (an ensemble), the break lies this many mean
 // deviations below its typical periodicity, if that is lower.
 constexpr double kBreakDeviations = 4.0;
@@ -299,7 +303,9 @@ void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& 
     // dip break the note while the note it replaced still dominates the input: the two beat,
     // and the periodicity of their mixture sinks and recovers with no new excitation.
     const double breakAt = std::min(kBreakRatio * noteClarity_, noteClarity_ - kBreakDeviations * clarityDeviation_);
-    const bool broken = !f.fromResidual && replacedFrequency_ <= 0.0 && f.clarity < breakAt;
+    const bool below = !f.fromResidual && replacedFrequency_ <= 0.0 && f.clarity < breakAt;
+    belowBreakSamples_ = below ? belowBreakSamples_ + f.samples : 0;
+    const bool broken = belowBreakSamples_ > kBreakSamples;
     if (settled && (f.attack || broken)) {
         interrupted_ = true;
     }

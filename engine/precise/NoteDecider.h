@@ -113,6 +113,7 @@ private:
 
     bool sounding_ = false;
     bool interrupted_ = false; // an attack or a break since the note settled
+    uint32_t belowBreakSamples_ = 0; // in a row, of a periodicity under the break line
     int note_ = 0;
     int interruptedNote_ = -1; // the note an attack or break ended, until another one starts
     int releasedNote_ = -1;    // the note a release ended, until an attack or another note

@@ -74,14 +74,23 @@ inline std::vector<int16_t> AddHum(std::vector<int16_t> signal, double mains, in
     return signal;
 }
 
-// A glottal-style pulse train through two formant resonators, peak at -6 dBFS.
-inline std::vector<int16_t> Vowel(double frequency, double seconds, double f1, double f2) {
+// A glottal-style pulse train through two formant resonators, peak at -6 dBFS. A rough voice
+// has `jitter`: each cycle's period is off the note's by that fraction (standard deviation),
+// drawn anew per cycle.
+inline std::vector<int16_t> Vowel(double frequency, double seconds, double f1, double f2,
+                                  double jitter = 0) {
     const double rate = 44100;
     std::vector<double> y(static_cast<size_t>(seconds * rate), 0.0);
+    std::mt19937 random(7);
+    std::normal_distribution<double> offset(0.0, jitter);
+    double cycle = frequency;
     for (double phase = 0; double& v : y) {
-        phase += frequency / rate;
+        phase += cycle / rate;
         v = phase >= 1.0 ? 1.0 : 0.0;
         phase -= v;
+        if (v > 0 && jitter > 0) {
+            cycle = frequency / (1.0 + offset(random));
+        }
     }
     for (auto [centre, bandwidth] : {std::pair{f1, 80.0}, std::pair{f2, 120.0}}) {
         const double r = std::exp(-std::numbers::pi * bandwidth / rate);

@@ -229,6 +229,16 @@ TEST(PreciseTracking, HardTimbresGiveOneNoteInTheRightOctave) {
     }
 }
 
+// Vocal folds do not repeat each cycle exactly: a rough voice's periods differ by a percent or
+// two from one cycle to the next. One such cycle lowers the periodicity for a moment, as a new
+// excitation does, but it is no new note.
+TEST(PreciseTracking, ARoughVoiceHoldsOneNotePerNoteSung) {
+    for (auto [jitter, note] : {std::pair{0.01, 52}, {0.01, 57}, {0.01, 64}, {0.02, 64}}) {
+        const std::vector<int16_t> sung = Padded(Vowel(NoteFrequency(note), 2.0, 700, 1200, jitter));
+        EXPECT_EQ(Track(sung).NoteNumbers(), Notes{note}) << "jitter " << jitter;
+    }
+}
+
 // Blown and bowed notes may begin in another octave: a flute the octave below for its first
 // periods, also out of a legato step high up; a recorder's low notes their octave while the
 // fundamental builds up under it from 30 dB below over 100 ms; any blown or bowed attack the
