@@ -82,14 +82,14 @@ inline std::vector<int16_t> Vowel(double frequency, double seconds, double f1, d
     const double rate = 44100;
     std::vector<double> y(static_cast<size_t>(seconds * rate), 0.0);
     std::mt19937 random(7);
-    std::normal_distribution<double> offset(0.0, jitter);
+    std::normal_distribution<double> offset;
     double cycle = frequency;
     for (double phase = 0; double& v : y) {
         phase += cycle / rate;
         v = phase >= 1.0 ? 1.0 : 0.0;
         phase -= v;
-        if (v > 0 && jitter > 0) {
-            cycle = frequency / (1.0 + offset(random));
+        if (v > 0) {
+            cycle = frequency / (1.0 + jitter * offset(random));
         }
     }
     for (auto [centre, bandwidth] : {std::pair{f1, 80.0}, std::pair{f2, 120.0}}) {
