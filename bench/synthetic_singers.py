@@ -20,12 +20,15 @@ hiss (s, h); the pitch drifts by a few cents and the level swells and sinks as a
 Where a consonant stops the voice, the note before ends where it stops. --jitter and --shimmer
 make each cycle of the voice a little longer or shorter and louder or softer than the one
 before, as in a rough or tired voice (--jitter 0.5 measures about 0.6 % local jitter, a healthy
-voice; 1 about 1.1 %, where clinics begin to call a voice rough).
+voice; 1 about 1.1 %, where clinics begin to call a voice rough). --transpose moves every note,
+so that --transpose -12 sings the melodies in a baritone's register; --preset then names the
+input preset to convert them with (2, the male voice, whose range reaches down to C2).
 
     python3 bench/synthetic_singers.py slide /tmp/slide
     python3 bench/synthetic_singers.py slide /tmp/scoop --scoop 1
     python3 bench/synthetic_singers.py slide /tmp/words --words
     python3 bench/synthetic_singers.py slide /tmp/rough --jitter 1 --shimmer 0.5
+    python3 bench/synthetic_singers.py slide /tmp/baritone --transpose -12 --preset 2
     python3 bench/accuracy.py --data /tmp/slide --converter precise='...' --split all
 
 The output directory gets audio/*.wav, gt/*.csv and a manifest.json that accuracy.py reads.
@@ -257,6 +260,9 @@ def main():
     parser.add_argument("--words", action="store_true",
                         help="slide: sing each note as a syllable, a consonant before its own vowel")
     parser.add_argument("--breath", type=float, default=-30, help="breath noise level, dB (default -30)")
+    parser.add_argument("--transpose", type=int, default=0,
+                        help="sing every note this many semitones higher (default 0)")
+    parser.add_argument("--preset", type=int, help="the input preset to convert with (default the melody's own)")
     parser.add_argument("--jitter", type=float, default=0, help="each cycle's period off by this many percent (s.d., default 0)")
     parser.add_argument("--shimmer", type=float, default=0, help="each cycle's amplitude off by this many dB (s.d., default 0)")
     args = parser.parse_args()
@@ -269,7 +275,7 @@ def main():
     for item in load_manifest(data):
         if item["instrument"] not in VOICES:
             continue
-        notes = read_csv_notes(item["gt"])
+        notes = [(on, off, note + args.transpose) for on, off, note in read_csv_notes(item["gt"])]
         length = int((notes[-1][1] + 1.0) * RATE)
         sing = slide if args.mode == "slide" else overlap
         y, level, notes = sing(notes, length, VOWELS[len(items) % len(VOWELS)], args, rng)
@@ -284,7 +290,7 @@ def main():
             gt.write("onset,offset,midi\n")
             gt.writelines(f"{on:.4f},{off:.4f},{int(note)}\n" for on, off, note in notes)
         items.append(dict(item, id=file_id, audio=f"audio/{file_id}.wav", gt=f"gt/{file_id}.csv",
-                          condition=args.mode))
+                          condition=args.mode, preset=args.preset or item["preset"]))
     write_manifest(args.out, items, f"synthetic {args.mode}")
 
 
