@@ -30,6 +30,13 @@ constexpr double kOwnMoved = 0.25;
 // cancelled steady note leaves.
 constexpr double kTraceClarity = 0.6;
 constexpr double kTraceShare = 0.03;
+// The comb cancels a note at the period of its last cycle, and a voice's next cycle is a little
+// longer or shorter (by half a percent in a healthy voice). At a low note what that leaves is
+// up to -5 dB, reads up to a semitone from the note and holds for a cycle, as long as a change
+// needs to be confirmed. While the input's own estimate is still the cancelled note and this
+// periodic, what is left that close to it is that remainder.
+constexpr double kOwnClear = 0.97;
+constexpr double kRemainderSpan = 1.0;
 // Frequency ratios within this relative distance of a whole number count as harmonic.
 constexpr double kHarmonicTolerance = 0.03;
 
@@ -85,6 +92,10 @@ MixtureView ChooseSource(const MixtureView& view, double cancelled, double previ
     // The input's own estimate may still be the old note, a common sub-harmonic of both, or
     // anything less periodic than what is left with the old note cancelled.
     const double ownMoved = view.frequency > 0.0 ? Semitones(view.frequency, cancelled) : 0.0;
+    const bool ownClearlyOld = view.frequency > 0.0 && ownMoved < kOwnMoved && view.clarity >= kOwnClear;
+    if (ownClearlyOld && Semitones(residual, cancelled) < kRemainderSpan) {
+        return view;
+    }
     const bool ownIsOld = view.frequency <= 0.0 || ownMoved < kSameNote;
     const bool ownIsCommon = view.frequency > 0.0 && WholeRatio(residual / view.frequency);
     // Two notes this close beat, and their mixture repeats at a period between the two that
