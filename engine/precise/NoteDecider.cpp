@@ -52,7 +52,8 @@ constexpr double kOnsetSeconds = 0.05;
 constexpr double kBreakRatio = 0.8;
 // A new excitation lowers every analysis whose window spans the joint, a period or more of
 // them. One irregular cycle of a rough voice (its period a percent or two off the last) lowers
-// a single analysis, whose value stands for two frames: a break must outlast it.
+// a single analysis in the middle of a voice's range, whose value stands for two frames: a
+// break must outlast it. Low down, where an analysis spans a longer period, it lowers several.
 constexpr uint32_t kBreakSamples = 2 * kWFETFrameSamples;
 // For a note whose periodicity wanders (an ensemble), the break lies this many mean
 // deviations below its typical periodicity, if that is lower.
