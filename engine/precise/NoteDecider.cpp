@@ -63,6 +63,13 @@ constexpr double kClaritySeconds = 0.03;
 // A sounding note changes when the pitch has been this far beyond the half-semitone border
 // for as long as a note needs to start; vibrato of +-50 cents around the note stays inside.
 constexpr double kChangeMargin = 0.25;
+// A low voice is a train of pulses whose pitch shows afresh once a period: a glide reaches the
+// estimate in steps, one a period, and the step that lands on a note it passes holds for a
+// whole period, longer than a confirmation once the period is. A change whose pitch came to
+// the candidate from between the sounding note (beyond its steady span) and the candidate
+// waits for a period of the candidate, at most the longest analysis window; a pitch that jumps
+// straight from the sounding note to the next is confirmed as always.
+constexpr double kLongestPassingSeconds = 2.0 * NoteDecider::kConfirmSeconds;
 // Vibrato: while the sounding note's pitch has turned at a peak and at a trough within this
 // long (one cycle of the slowest vibrato, and then some), half a cycle of a vibrato apart (3.3
 // to 12.5 Hz; an ensemble's voices beat faster), it swings around its mean, followed over
@@ -215,6 +222,7 @@ void NoteDecider::Decide(const PreciseSettings& s, const FrameFeatures& frame, W
     f.fromResidual = chosen.frequency != frame.frequency;
     const double pitch = f.frequency > 0.0 ? PitchOf(f.frequency, s.refPitch) : 0.0;
     FollowPitch(s, pitch, f.samples);
+    FollowRun(pitch);
     const uint32_t onsetSamples = Samples(kOnsetSeconds, s.sampleRate);
     sinceOnset_ = f.level <= StartLevel(s) ? 0 : std::min(sinceOnset_ + f.samples, onsetSamples);
     clock_ += f.samples;
@@ -502,6 +510,18 @@ void NoteDecider::FollowPitch(const PreciseSettings& s, double pitch, uint32_t s
     slowPitch_ += FollowWeight(samples, kSlowFollowSeconds, s.sampleRate) * (pitch - slowPitch_);
 }
 
+void NoteDecider::FollowRun(double pitch) noexcept
+{
+    const int nearest = pitch > 0.0 ? Nearest(pitch) : -1;
+    if (nearest != runNote_) {
+        runNote_ = nearest;
+        const double from = lastPitch_ - note_;
+        runGlidedIn_ = sounding_ && nearest >= 0 && lastPitch_ > 0.0 && from * (nearest - note_) > 0.0 &&
+                       std::abs(from) >= kSteadySpan && (nearest - lastPitch_) * (nearest - note_) > 0.0;
+    }
+    lastPitch_ = pitch;
+}
+
 void NoteDecider::FollowMove(const PreciseSettings& s, double pitch, uint32_t samples) noexcept
 {
     const double speed = PitchSpeed();
@@ -569,7 +589,11 @@ bool NoteDecider::Resting(const PreciseSettings& s) const noexcept
 
 uint32_t NoteDecider::ChangeSamples(const PreciseSettings& s, double pitch, bool settled) const noexcept
 {
-    const uint32_t confirm = Samples(kConfirmSeconds, s.sampleRate);
+    uint32_t confirm = Samples(kConfirmSeconds, s.sampleRate);
+    if (runNote_ == candidate_ && runGlidedIn_) {
+        const double period = 1.0 / (s.refPitch * std::exp2((candidate_ - 69) / 12.0));
+        confirm = std::max(confirm, Samples(std::min(period, kLongestPassingSeconds), s.sampleRate));
+    }
     if (settled && std::abs(std::abs(candidate_ - note_) - 12) <= 1) {
         return static_cast<uint32_t>(kOctaveFactor * confirm);
     }

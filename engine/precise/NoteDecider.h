@@ -100,6 +100,8 @@ private:
     bool SwingsBackAcrossStep() const noexcept;
     // Whether `pitch` has left the sounding note for another one.
     bool Departs(const PreciseSettings& s, double pitch) const noexcept;
+    // Starts a new run of frames whenever the nearest note changes.
+    void FollowRun(double pitch) noexcept;
     // How long a departure to the candidate must hold before the note changes.
     uint32_t ChangeSamples(const PreciseSettings& s, double pitch, bool settled) const noexcept;
     // Whether the pitch, `offset` semitones from the nearest note, may still be on its way to
@@ -133,6 +135,9 @@ private:
     double candidateLow_ = 0.0;
     double candidateHigh_ = 0.0;
     double quickPitch_ = 0.0;
+    double lastPitch_ = 0.0; // of the frame before, 0 if it had none
+    int runNote_ = -1;       // the nearest note of the latest frames in a row, -1 for none
+    bool runGlidedIn_ = false; // that run came from between the sounding note and its note
     double slowPitch_ = 0.0;
     uint32_t followedSamples_ = 0; // since the pitch followers last started afresh
     double noteClarity_ = 0.0;

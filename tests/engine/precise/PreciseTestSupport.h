@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <memory>
 #include <numbers>
 #include <numeric>
@@ -74,22 +75,24 @@ inline std::vector<int16_t> AddHum(std::vector<int16_t> signal, double mains, in
     return signal;
 }
 
-// A glottal-style pulse train through two formant resonators, peak at -6 dBFS. A rough voice
-// has `jitter`: each cycle's period is off the note's by that fraction (standard deviation),
-// drawn anew per cycle.
-inline std::vector<int16_t> Vowel(double frequency, double seconds, double f1, double f2,
-                                  double jitter = 0) {
+// A glottal-style pulse train through two formant resonators, peak at -6 dBFS, its
+// fundamental following `frequencyAt` (seconds to Hz) from one cycle to the next. A rough
+// voice has `jitter`: each cycle's period is off by that fraction (standard deviation), drawn
+// anew per cycle.
+inline std::vector<int16_t> Vowel(const std::function<double(double)>& frequencyAt,
+                                  double seconds, double f1, double f2, double jitter = 0) {
     const double rate = 44100;
     std::vector<double> y(static_cast<size_t>(seconds * rate), 0.0);
     std::mt19937 random(7);
     std::normal_distribution<double> offset;
-    double cycle = frequency;
-    for (double phase = 0; double& v : y) {
+    double cycle = frequencyAt(0);
+    double phase = 0;
+    for (size_t i = 0; i < y.size(); ++i) {
         phase += cycle / rate;
-        v = phase >= 1.0 ? 1.0 : 0.0;
-        phase -= v;
-        if (v > 0) {
-            cycle = frequency / (1.0 + jitter * offset(random));
+        y[i] = phase >= 1.0 ? 1.0 : 0.0;
+        phase -= y[i];
+        if (y[i] > 0) {
+            cycle = frequencyAt(i / rate) / (1.0 + jitter * offset(random));
         }
     }
     for (auto [centre, bandwidth] : {std::pair{f1, 80.0}, std::pair{f2, 120.0}}) {
@@ -108,6 +111,12 @@ inline std::vector<int16_t> Vowel(double frequency, double seconds, double f1, d
         out.push_back(Saturate(v * 32767 * std::pow(10.0, -6 / 20.0) / peak));
     }
     return out;
+}
+
+// The same vowel held on one fundamental.
+inline std::vector<int16_t> Vowel(double frequency, double seconds, double f1, double f2,
+                                  double jitter = 0) {
+    return Vowel([frequency](double) { return frequency; }, seconds, f1, f2, jitter);
 }
 
 // A tone of three harmonics at `levelDb` dBFS peak, with a vibrato of `cents` at 5.5 Hz.

@@ -457,6 +457,21 @@ TEST(PreciseTracking, SlideIsFollowedOnArrivalWithoutTheNotesOnTheWay) {
     }
 }
 
+// A low voice is a train of pulses, its pitch renewed once a period (9 ms at A2): gliding into
+// the next note in 30 ms, it lands on a note between for a whole period, longer than a higher
+// voice holds one. That is still no note. Each note's vibrato begins anew.
+TEST(PreciseTracking, ALowVoiceGlidesPastTheNotesBetween) {
+    for (auto [from, to] : {std::pair{44, 47}, {47, 44}, {45, 47}, {47, 45}, {48, 50}, {50, 48}}) {
+        const auto sung = [from, to](double t) {
+            const double left = std::clamp(1.0 - (t - 0.4) / 0.03, 0.0, 1.0);
+            return NoteFrequency(t < 0.4 ? from + Swing(t, 0.5, 0.0)
+                                         : to + (from - to) * left * left + Swing(t - 0.4, 0.5, 0.0));
+        };
+        EXPECT_EQ(Track(Padded(Vowel(sung, 0.9, 700, 1200))).NoteNumbers(), (Notes{from, to}))
+            << Step(from, to);
+    }
+}
+
 // A singer leaps an octave in 30 ms without a break in the voice. Up, the old period is still
 // a period of the new note; down, the new period shows at the old one's as well; either way
 // the periodicity never dips, so no attack helps. Octaves get a longer confirmation than
