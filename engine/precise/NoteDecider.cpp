@@ -176,6 +176,11 @@ double PitchOf(double frequency, double refPitch)
     return 69.0 + 12.0 * std::log2(frequency / refPitch);
 }
 
+double FrequencyOf(int note, double refPitch)
+{
+    return refPitch * std::exp2((note - 69) / 12.0);
+}
+
 MixtureView MixtureOf(const FrameFeatures& f)
 {
     return {f.frequency, f.clarity, f.residualFrequency, f.residualClarity, f.residualShare};
@@ -591,7 +596,7 @@ uint32_t NoteDecider::ChangeSamples(const PreciseSettings& s, double pitch, bool
 {
     uint32_t confirm = Samples(kConfirmSeconds, s.sampleRate);
     if (runNote_ == candidate_ && runGlidedIn_) {
-        const double period = 1.0 / (s.refPitch * std::exp2((candidate_ - 69) / 12.0));
+        const double period = 1.0 / FrequencyOf(candidate_, s.refPitch);
         confirm = std::max(confirm, Samples(std::min(period, kLongestPassingSeconds), s.sampleRate));
     }
     if (settled && std::abs(std::abs(candidate_ - note_) - 12) <= 1) {
@@ -660,7 +665,7 @@ void NoteDecider::StartNote(const PreciseSettings& s, const FrameFeatures& f, in
     previousFrequency_ = replacedFrequency_;
     // Vibrato, a scoop or the blend with this note may have pulled that one's last pitch
     // halfway to a neighbour; its own note tells what its tail will sound like.
-    previousNominal_ = replacedFrequency_ > 0.0 ? s.refPitch * std::exp2((note_ - 69) / 12.0) : 0.0;
+    previousNominal_ = replacedFrequency_ > 0.0 ? FrequencyOf(note_, s.refPitch) : 0.0;
     stepFrom_ = sounding_ ? note_ : -1;
     stepLanded_ = sounding_ && std::abs(PitchOf(f.frequency, s.refPitch) - note) <= kIntoNote;
     ringSamples_ = 0;
