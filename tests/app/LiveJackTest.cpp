@@ -148,6 +148,8 @@ TEST_F(LiveJack, TheMelodyReachesTheStoredMidiPortAtTheFramesTheNodeDecidesAndMe
         peak = std::max(peak, std::abs(x));
     }
     EXPECT_NEAR(live.TakeInputPeak(), peak, peak * 0.02f);
+    // After an xrun the melody's last samples may reach the input a few cycles late.
+    peakAfterAFewCycles();
     EXPECT_EQ(peakAfterAFewCycles(), 0.0f);
     const auto ons = NoteOns(recorder->Events());
     const auto expected = OfflineNoteOns(Melody(), 256);
