@@ -6,6 +6,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <pthread.h>
 #include <thread>
 
 namespace vocato::app {
@@ -14,6 +15,27 @@ namespace {
 std::atomic<bool> stopRequested{false};
 
 extern "C" void RequestStop(int) { stopRequested.store(true); }
+
+sigset_t StopSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    return signals;
+}
+
+// A stop signal handled while JACK activates the client interrupts the server's reply, and the
+// session would fail to start. Held back until the session runs, it stops it cleanly instead;
+// the threads started meanwhile inherit the mask, so a signal never lands on the audio thread.
+void HoldStopSignals() {
+    const sigset_t signals = StopSignals();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+void ReleaseStopSignals() {
+    const sigset_t signals = StopSignals();
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+}
 
 void CatchStopSignals() {
     struct sigaction action {};
@@ -29,13 +51,15 @@ int RunLive(const LiveOptions& o) {
     media::SetDiagnosticsQuiet(o.quiet);
     LiveSettings settings = o.settings;
     settings.audio.synth = !o.noSynth;
+    stopRequested = false;
+    HoldStopSignals();
+    CatchStopSignals();
     media::StderrAlert alert;
     LiveSession session(settings, alert);
-    stopRequested = false;
-    CatchStopSignals();
 
     std::string report;
     const bool playing = session.Start(report);
+    ReleaseStopSignals();
     if (!o.quiet || !playing) {
         std::fprintf(stderr, "%s", report.c_str());
     }
