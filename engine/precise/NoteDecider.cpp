@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace vocato::precise {
 namespace {
@@ -502,13 +503,31 @@ bool NoteDecider::ShowsCandidate(double pitch) const noexcept
 
 void NoteDecider::FollowPitch(const PreciseSettings& s, double pitch, uint32_t samples) noexcept
 {
+    const bool hadPitch = std::exchange(hadPitch_, pitch > 0.0);
     if (pitch <= 0.0) {
+        beforeJump_.reset();
         return;
     }
+    sinceJump_ += samples;
+    if (sinceJump_ > Samples(kConfirmSeconds, s.sampleRate)) {
+        beforeJump_.reset();
+    }
     if (std::abs(pitch - quickPitch_) > kCandidateReach) {
-        quickPitch_ = slowPitch_ = pitch;
-        followedSamples_ = 0;
-        return;
+        if (beforeJump_ && std::abs(pitch - beforeJump_->quickPitch) <= kCandidateReach) {
+            quickPitch_ = beforeJump_->quickPitch;
+            slowPitch_ = beforeJump_->slowPitch;
+            followedSamples_ = beforeJump_->samples;
+            leftQuickly_ = beforeJump_->leftQuickly;
+            beforeJump_.reset();
+        } else {
+            if (!beforeJump_ && hadPitch) {
+                beforeJump_ = Followed{quickPitch_, slowPitch_, followedSamples_, leftQuickly_};
+                sinceJump_ = 0;
+            }
+            quickPitch_ = slowPitch_ = pitch;
+            followedSamples_ = 0;
+            return;
+        }
     }
     followedSamples_ = std::min(followedSamples_ + samples, Samples(kScoopWatchSeconds, s.sampleRate));
     quickPitch_ += FollowWeight(samples, kQuickFollowSeconds, s.sampleRate) * (pitch - quickPitch_);

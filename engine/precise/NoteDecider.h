@@ -20,6 +20,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 namespace vocato::precise {
 
@@ -79,7 +80,10 @@ private:
     // candidate: the input already shows something else there (a glide arriving beyond the
     // note on its way, the next note rising under a ringing tail).
     bool ShowsCandidate(double pitch) const noexcept;
-    // The pitch, followed quickly and slowly; the two part while it glides.
+    // The pitch, followed quickly and slowly; the two part while it glides. A jump beyond the
+    // candidate's reach starts both afresh; a jump back to where they were, before a new note
+    // could have been confirmed, was a stray (a partial of a sound ringing in the room, for an
+    // analysis or two), and they go on as if the pitch had never left.
     void FollowPitch(const PreciseSettings& s, double pitch, uint32_t samples) noexcept;
     // How fast the pitch moves (semitones per second, signed): a steady glide keeps the two
     // followers its speed times the difference of their spans apart.
@@ -140,6 +144,16 @@ private:
     bool runGlidedIn_ = false; // that run came from between the sounding note and its note
     double slowPitch_ = 0.0;
     uint32_t followedSamples_ = 0; // since the pitch followers last started afresh
+    // What the pitch followers knew before the pitch jumped away, while it may still come back.
+    struct Followed {
+        double quickPitch = 0.0;
+        double slowPitch = 0.0;
+        uint32_t samples = 0;
+        bool leftQuickly = false;
+    };
+    std::optional<Followed> beforeJump_;
+    uint32_t sinceJump_ = 0;
+    bool hadPitch_ = false; // the frame before had a pitch
     double noteClarity_ = 0.0;
     double clarityDeviation_ = 0.0; // mean distance of the periodicity from noteClarity_
     double soundingFrequency_ = 0.0;
