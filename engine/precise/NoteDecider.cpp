@@ -508,9 +508,11 @@ void NoteDecider::FollowPitch(const PreciseSettings& s, double pitch, uint32_t s
         beforeJump_.reset();
         return;
     }
-    sinceJump_ += samples;
-    if (sinceJump_ > Samples(kConfirmSeconds, s.sampleRate)) {
-        beforeJump_.reset();
+    if (beforeJump_) {
+        sinceJump_ += samples;
+        if (sinceJump_ > Samples(kConfirmSeconds, s.sampleRate)) {
+            beforeJump_.reset();
+        }
     }
     if (std::abs(pitch - quickPitch_) > kCandidateReach) {
         if (beforeJump_ && std::abs(pitch - beforeJump_->quickPitch) <= kCandidateReach) {

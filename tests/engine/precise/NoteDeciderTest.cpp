@@ -24,7 +24,6 @@ FrameFeatures Voiced(double note) {
     f.clarity = 0.97;
     f.level = 10000.0;
     f.power = f.level * f.level / 2;
-    f.samples = kWFETFrameSamples;
     return f;
 }
 
@@ -67,6 +66,7 @@ TEST(NoteDecision, AFrameOfAnotherPitchAddsNoNoteToAVibrato) {
                    0.8 * std::min(1.0, since / 0.15) * std::sin(2 * std::numbers::pi * 5.5 * since);
         };
         const std::vector<int> clean = NoteOns(sung, 1.5);
+        ASSERT_FALSE(clean.empty()) << stepAt;
         ASSERT_EQ(clean.back(), 59) << stepAt;
         for (const double strayNote : {67.0, 48.0}) {
             std::vector<size_t> strays;
@@ -77,6 +77,7 @@ TEST(NoteDecision, AFrameOfAnotherPitchAddsNoNoteToAVibrato) {
                 }
             }
             const std::vector<int> strayed = NoteOns(sung, 1.5, strays, strayNote);
+            ASSERT_FALSE(strayed.empty()) << stepAt << ", " << strayNote;
             EXPECT_LE(strayed.size(), clean.size()) << stepAt << ", " << strayNote;
             EXPECT_EQ(strayed.back(), 59) << stepAt << ", " << strayNote;
         }
