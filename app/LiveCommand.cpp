@@ -16,25 +16,16 @@ std::atomic<bool> stopRequested{false};
 
 extern "C" void RequestStop(int) { stopRequested.store(true); }
 
-sigset_t StopSignals() {
+// A stop signal handled while JACK activates the client interrupts the server's reply, and the
+// session would fail to start. Held back (SIG_BLOCK) until the session runs (SIG_UNBLOCK), it
+// stops it cleanly instead; the threads started meanwhile inherit the mask, so a signal never
+// lands on the audio thread.
+void MaskStopSignals(int how) {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
-    return signals;
-}
-
-// A stop signal handled while JACK activates the client interrupts the server's reply, and the
-// session would fail to start. Held back until the session runs, it stops it cleanly instead;
-// the threads started meanwhile inherit the mask, so a signal never lands on the audio thread.
-void HoldStopSignals() {
-    const sigset_t signals = StopSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-}
-
-void ReleaseStopSignals() {
-    const sigset_t signals = StopSignals();
-    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    pthread_sigmask(how, &signals, nullptr);
 }
 
 void CatchStopSignals() {
@@ -52,14 +43,14 @@ int RunLive(const LiveOptions& o) {
     LiveSettings settings = o.settings;
     settings.audio.synth = !o.noSynth;
     stopRequested = false;
-    HoldStopSignals();
+    MaskStopSignals(SIG_BLOCK);
     CatchStopSignals();
     media::StderrAlert alert;
     LiveSession session(settings, alert);
 
     std::string report;
     const bool playing = session.Start(report);
-    ReleaseStopSignals();
+    MaskStopSignals(SIG_UNBLOCK);
     if (!o.quiet || !playing) {
         std::fprintf(stderr, "%s", report.c_str());
     }
