@@ -42,12 +42,6 @@ constexpr double kHarmonicTolerance = 0.03;
 
 double Semitones(double a, double b) { return std::abs(12.0 * std::log2(a / b)); }
 
-bool WholeRatio(double ratio)
-{
-    const double nearest = std::round(ratio);
-    return nearest >= 2.0 && std::abs(ratio - nearest) < kHarmonicTolerance * nearest;
-}
-
 // What is left with the old note cancelled is a sound of its own: periodic, and a real share
 // of the input.
 bool ResidualIsASound(const MixtureView& view)
@@ -73,6 +67,12 @@ double NearestOnSeries(double residual, double frequency)
 }
 
 } // namespace
+
+bool WholeRatio(double ratio) noexcept
+{
+    const double nearest = std::round(ratio);
+    return nearest >= 2.0 && std::abs(ratio - nearest) < kHarmonicTolerance * nearest;
+}
 
 MixtureView ChooseSource(const MixtureView& view, double cancelled, double previous, double previousNote) noexcept
 {

@@ -23,6 +23,10 @@ struct MixtureView {
     double residualShare = 0.0; // power with the old note cancelled / power of the input
 };
 
+// Whether `ratio` lies within 3 % of a whole number of at least 2: of two frequencies that far
+// apart, the higher is a harmonic of the lower.
+bool WholeRatio(double ratio) noexcept;
+
 // The frequency and clarity to decide on; `cancelled` is the frequency being cancelled,
 // `previous` the last pitch of the note before, while it may still ring, and `previousNote`
 // the pitch of that one's note number (0 for none): vibrato or the blend with the next note

@@ -296,11 +296,14 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
     // comes back to near its level, or with an attack. Until then it keeps its confirmation,
     // so that it starts on the frame it is back.
     const bool ownTail = candidate_ == interruptedNote_ && !f.fromResidual && f.faded && !attackSinceEnd_;
-    // A released note's tail keeps its vibrato, which carries it into a neighbour's span. While
-    // the sound stays well under its level and no attack has come, the input itself showing a
-    // neighbour of that note is still its tail; a new note shows with the old one cancelled.
-    const bool releasedTail =
-        releasedNote_ >= 0 && std::abs(candidate_ - releasedNote_) == 1 && !f.fromResidual && f.faded;
+    // A released note's tail keeps its vibrato, which carries it into a neighbour's span; in a
+    // room its fundamental may sink under a partial that the analysis then takes for the pitch
+    // (a clarinet's twelfth). While the sound stays well under its level and no attack has come,
+    // the input itself showing a neighbour or a harmonic of that note is still its tail; a new
+    // note shows with the old one cancelled.
+    const int fromReleased = candidate_ - releasedNote_;
+    const bool releasedTail = releasedNote_ >= 0 && !f.fromResidual && f.faded &&
+                              (std::abs(fromReleased) == 1 || WholeRatio(std::exp2(fromReleased / 12.0)));
     const bool confirmed = candidateSamples_ >= Samples(kConfirmSeconds, s.sampleRate);
     if (confirmed && nearest == candidate_ && !ownTail && !releasedTail && !InSwingingTail(s, f)) {
         StartNote(s, f, candidate_, out);

@@ -1,10 +1,28 @@
 #include "PreciseTracker.h"
 
+#include "MixtureChoice.h"
+
 #include <algorithm>
 #include <cmath>
 #include <new>
 
 namespace vocato::precise {
+namespace {
+
+// The attack detector follows the power of one period of the estimate (5 ms without one). An
+// estimate at a harmonic of the note still ringing (its tail read at the twelfth) spans only a
+// part of that note's waveform, whose power swings with the part from frame to frame: it would
+// sink the floor an attack rises from, and the next whole period would pass for an attack. The
+// ringing note's period is measured then.
+double AttackSpan(double estimate, double ringing)
+{
+    if (estimate <= 0.0) {
+        return 0.005;
+    }
+    return ringing > 0.0 && WholeRatio(estimate / ringing) ? 1.0 / ringing : 1.0 / estimate;
+}
+
+} // namespace
 
 PreciseTracker::PreciseTracker()
 {
@@ -63,9 +81,7 @@ void PreciseTracker::Calc(WFETMidiOut* out) noexcept
     // The level is the input's own; hum, which the analysis no longer sees, must not lift it
     // over the thresholds either.
     frame.level = std::max(0.0, level_.Peak() - periodicity_.HumAmplitude());
-    // One period of the estimate (or 5 ms without one) is the span of the attack detector.
-    const double span = estimate.frequency > 0.0 ? 1.0 / estimate.frequency : 0.005;
-    frame.power = periodicity_.RecentPower(span);
+    frame.power = periodicity_.RecentPower(AttackSpan(estimate.frequency, decider_.RingingFrequency()));
     const LevelFollower::Events events =
         level_.Follow(frame.power, samplesSinceCalc_, decider_.LevelMarginDb());
     frame.attack = events.attack;

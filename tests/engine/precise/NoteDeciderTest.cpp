@@ -27,17 +27,13 @@ FrameFeatures Voiced(double note) {
     return f;
 }
 
-// The note-ons a fresh decider gives for `pitchAt` (seconds to a fractional note number, 0 for
-// silence), with every frame listed in `strays` showing `strayNote` instead.
-std::vector<int> NoteOns(const std::function<double(double)>& pitchAt, double seconds,
-                         const std::vector<size_t>& strays = {}, double strayNote = 0.0) {
+// The note-ons a fresh decider gives for the frames `frameAt` (its number to its features).
+std::vector<int> NoteOnsOf(const std::function<FrameFeatures(size_t)>& frameAt, double seconds) {
     const PreciseSettings settings;
     NoteDecider decider;
     std::vector<int> ons;
     for (size_t frame = 0; frame * kFrameSeconds < seconds; ++frame) {
-        const double pitch = pitchAt(frame * kFrameSeconds);
-        const bool stray = std::ranges::find(strays, frame) != strays.end();
-        FrameFeatures f = pitch > 0.0 ? Voiced(stray ? strayNote : pitch) : FrameFeatures{};
+        FrameFeatures f = frameAt(frame);
         f.samples = kWFETFrameSamples;
         WFETMidiOut out{-1, -1, 0, 8192, 0};
         decider.Decide(settings, f, &out);
@@ -46,6 +42,19 @@ std::vector<int> NoteOns(const std::function<double(double)>& pitchAt, double se
         }
     }
     return ons;
+}
+
+// The note-ons for `pitchAt` (seconds to a fractional note number, 0 for silence), with every
+// frame listed in `strays` showing `strayNote` instead.
+std::vector<int> NoteOns(const std::function<double(double)>& pitchAt, double seconds,
+                         const std::vector<size_t>& strays = {}, double strayNote = 0.0) {
+    return NoteOnsOf(
+        [&](size_t frame) {
+            const double pitch = pitchAt(frame * kFrameSeconds);
+            const bool stray = std::ranges::find(strays, frame) != strays.end();
+            return pitch > 0.0 ? Voiced(stray ? strayNote : pitch) : FrameFeatures{};
+        },
+        seconds);
 }
 
 // A wide vibrato (+-80 cents at 5.5 Hz) reaches into both neighbours, and right after a
@@ -80,6 +89,44 @@ TEST(NoteDecision, AFrameOfAnotherPitchAddsNoNoteToAVibrato) {
             ASSERT_FALSE(strayed.empty()) << stepAt << ", " << strayNote;
             EXPECT_LE(strayed.size(), clean.size()) << stepAt << ", " << strayNote;
             EXPECT_EQ(strayed.back(), 59) << stepAt << ", " << strayNote;
+        }
+    }
+}
+
+// In a room the fundamental of a released note may sink under one of its partials, and the
+// analysis of the tail then shows that partial on every other frame. That is the note's tail,
+// however clearly periodic, until an attack strikes something new: then a note an octave and a
+// fifth above the released one starts like any other.
+TEST(NoteDecision, ATailReadAtAHarmonicOfTheReleasedNoteStartsNothing) {
+    constexpr size_t kReleased = 300;
+    for (const double reading : {83.0, 90.0, 95.0}) {
+        for (const size_t attackAt : {size_t{360}, size_t{0}}) {
+            const auto frameAt = [&](size_t frame) {
+                if (frame < 20) {
+                    return FrameFeatures{};
+                }
+                if (frame < kReleased) {
+                    return Voiced(71.0);
+                }
+                if (attackAt > 0 && frame >= attackAt) {
+                    FrameFeatures f = Voiced(reading);
+                    f.attack = frame == attackAt;
+                    return f;
+                }
+                FrameFeatures f = Voiced(frame % 2 == 0 ? reading : 71.0);
+                f.clarity = frame % 2 == 0 ? 0.9 : 0.99;
+                f.release = frame == kReleased;
+                f.faded = true;
+                return f;
+            };
+            const std::vector<int> ons = NoteOnsOf(frameAt, 0.3);
+            ASSERT_FALSE(ons.empty());
+            EXPECT_EQ(ons.front(), 71) << reading;
+            if (attackAt == 0) {
+                EXPECT_EQ(ons.size(), 1u) << reading;
+            } else {
+                EXPECT_EQ(ons.back(), int(reading)) << reading;
+            }
         }
     }
 }
