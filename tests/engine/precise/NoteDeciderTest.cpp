@@ -95,8 +95,8 @@ TEST(NoteDecision, AFrameOfAnotherPitchAddsNoNoteToAVibrato) {
 
 // In a room the fundamental of a released note may sink under one of its partials, and the
 // analysis of the tail then shows that partial on every other frame. That is the note's tail,
-// however clearly periodic, until an attack strikes something new: then a note an octave and a
-// fifth above the released one starts like any other.
+// however clearly periodic, until an attack strikes something new: then a note at that
+// harmonic starts like any other.
 TEST(NoteDecision, ATailReadAtAHarmonicOfTheReleasedNoteStartsNothing) {
     constexpr size_t kReleased = 300;
     for (const double reading : {83.0, 90.0, 95.0}) {
