@@ -171,6 +171,11 @@ constexpr double kPerformingSeconds = 2.0;
 constexpr double kHoldGiveWay = 0.1;
 // How fast the memory of a loud passage fades, so a quiet passage long after it is heard again.
 constexpr double kLoudestFallDbPerSecond = 3.0;
+// A blown note may sound its second harmonic alone for its first periods (a recorder's attack),
+// and started then it would be a short note an octave up. While the input shows a fundamental
+// building up under the candidate (OctaveBelow.h), its start waits for this long at most; once
+// the fundamental dominates, the estimate falls to it and that note is the candidate.
+constexpr double kFundamentalWaitSeconds = 0.02;
 
 double PitchOf(double frequency, double refPitch)
 {
@@ -190,6 +195,14 @@ MixtureView MixtureOf(const FrameFeatures& f)
 int Nearest(double pitch) { return static_cast<int>(std::floor(pitch + 0.5)); }
 
 bool SameNote(double a, double b) { return std::abs(12.0 * std::log2(a / b)) < kSameNote; }
+
+// Whether a sound at `other` repeats at twice the period of `frequency` but not at its period:
+// that frequency's octave below, or an odd harmonic of it.
+bool RepeatsOnlyAtTwice(double other, double frequency)
+{
+    const auto harmonicOf = [other](double f) { return SameNote(other, f) || WholeRatio(other / f); };
+    return other > 0.0 && harmonicOf(frequency / 2.0) && !harmonicOf(frequency);
+}
 
 uint32_t Samples(double seconds, double rate) { return static_cast<uint32_t>(seconds * rate); }
 
@@ -305,10 +318,26 @@ void NoteDecider::DecideIdle(const PreciseSettings& s, const FrameFeatures& f, d
     const bool releasedTail = releasedNote_ >= 0 && !f.fromResidual && f.faded &&
                               (std::abs(fromReleased) == 1 || WholeRatio(std::exp2(fromReleased / 12.0)));
     const bool confirmed = candidateSamples_ >= Samples(kConfirmSeconds, s.sampleRate);
-    if (confirmed && nearest == candidate_ && !ownTail && !releasedTail && !InSwingingTail(s, f)) {
+    if (confirmed && nearest == candidate_ && !ownTail && !releasedTail && !InSwingingTail(s, f) &&
+        !AwaitsFundamental(s, f)) {
         StartNote(s, f, candidate_, out);
         WriteBendAndExpression(s, f, pitch, out);
     }
+}
+
+bool NoteDecider::AwaitsFundamental(const PreciseSettings& s, const FrameFeatures& f) noexcept
+{
+    // A frame that cannot tell keeps a wait that has begun. A note still ringing an octave
+    // under the candidate, or at an odd harmonic of that octave, repeats at twice its period
+    // too: then there is nothing to wait for.
+    const bool building = f.octaveBelow == OctaveBelow::Building ||
+                          (f.octaveBelow == OctaveBelow::Unknown && awaitedSamples_ > 0);
+    if (!building || awaitedSamples_ >= Samples(kFundamentalWaitSeconds, s.sampleRate) ||
+        RepeatsOnlyAtTwice(ringingFrequency_, FrequencyOf(candidate_, s.refPitch))) {
+        return false;
+    }
+    awaitedSamples_ += f.samples;
+    return true;
 }
 
 void NoteDecider::DecideSounding(const PreciseSettings& s, const FrameFeatures& f, double pitch,
@@ -462,7 +491,7 @@ void NoteDecider::FollowRinging(const PreciseSettings& s, const FrameFeatures& f
 void NoteDecider::ClearCandidate() noexcept
 {
     candidate_ = rival_ = -1;
-    candidateSamples_ = candidateMisses_ = rivalSamples_ = acrossSamples_ = 0;
+    candidateSamples_ = candidateMisses_ = rivalSamples_ = acrossSamples_ = awaitedSamples_ = 0;
 }
 
 void NoteDecider::TrackCandidate(const PreciseSettings& s, int nearest, double pitch,
@@ -493,7 +522,7 @@ void NoteDecider::TrackCandidate(const PreciseSettings& s, int nearest, double p
     }
     candidate_ = nearest;
     candidateSamples_ = rivalSamples_;
-    candidateMisses_ = 0;
+    candidateMisses_ = awaitedSamples_ = 0;
     candidateLow_ = candidateHigh_ = pitch;
     rival_ = -1;
     rivalSamples_ = 0;

@@ -14,6 +14,7 @@
 // Thread contract: audio thread only; never allocates.
 #pragma once
 
+#include "OctaveBelow.h"
 #include "PreciseSettings.h"
 #include "VibratoWatch.h"
 #include "WFET.h"
@@ -37,6 +38,7 @@ struct FrameFeatures {
     bool release = false;
     bool faded = false;
     bool leftOver = false;
+    OctaveBelow octaveBelow = OctaveBelow::Unknown; // under the input's own estimate
     double power = 0.0;     // of the latest period, 16-bit scale squared
     uint32_t samples = 0;   // samples this frame covers
 };
@@ -97,6 +99,9 @@ private:
     // Whether the candidate lies within the swings of a released note whose tail has not grown
     // again since the release.
     bool InSwingingTail(const PreciseSettings& s, const FrameFeatures& f) const noexcept;
+    // Whether the confirmed candidate's start waits for a fundamental building up under it;
+    // counts the wait.
+    bool AwaitsFundamental(const PreciseSettings& s, const FrameFeatures& f) noexcept;
     // Whether the pitch has hardly moved for a while: it sits on a note, no vibrato's swing.
     bool Resting(const PreciseSettings& s) const noexcept;
     // Whether the candidate, straight after a legato step, is the pitch swinging back across
@@ -133,6 +138,7 @@ private:
     int candidate_ = -1;
     uint32_t candidateSamples_ = 0;
     uint32_t candidateMisses_ = 0; // unclear samples since the candidate was last seen
+    uint32_t awaitedSamples_ = 0;  // the confirmed candidate's start has waited for its fundamental
     int rival_ = -1;               // the other pitch seen meanwhile
     uint32_t rivalSamples_ = 0;
     uint32_t acrossSamples_ = 0;   // in a row, of a confirmed candidate, in a neighbour's span

@@ -78,6 +78,10 @@ static_assert(kResidualKept >= 4 * (kRefineBelowLag + 1) && kResidualKept >= 2 *
 // too: where one note gives way to the next, the copy may favour the longer lag for a moment.
 constexpr double kFundamentalClarity = 0.9;
 constexpr double kFundamentalGain = 0.2;
+// Before that, while the fundamental builds up (10-20 ms of a recorder's attack), the copy
+// already repeats better at twice the lag, and the input nearly as well there as at the lag.
+constexpr double kBuildingGain = 0.05;
+constexpr double kBuildingShortfall = 0.02;
 constexpr uint64_t kLowCopyCapacity = 1 << 15;
 static_assert(kLowCopyCapacity >= 2 * (DifferenceBank::kMaxLag + 1),
               "the low copy holds the longest lag and a window no longer than that lag");
@@ -357,15 +361,17 @@ PeriodEstimate PeriodicityAnalyzer::Analyse(double preferredFrequency) noexcept
     // The nearest maximum at full rate lies within one decimated sample of the estimate.
     const double fullRateLag =
         peak.lag < kRefineBelowLag ? fullRate_.Refine(peak.lag * decimation_, decimation_) : peak.lag * decimation_;
-    return {analysisRate_ * decimation_ / fullRateLag, std::min(1.0, peak.value)};
+    // Only a note about to start asks, and only of the period it would start at.
+    const OctaveBelow below = preferredLag <= 0.0 && lag == chosen ? JudgeOctaveBelow(n, lag) : OctaveBelow::Unknown;
+    return {analysisRate_ * decimation_ / fullRateLag, std::min(1.0, peak.value), below};
 }
 
-int PeriodicityAnalyzer::WithItsFundamental(const double* n, int lag) const noexcept
+PeriodicityAnalyzer::Octave PeriodicityAnalyzer::OctaveUnder(const double* n, int lag) const noexcept
 {
     const double once = InterpolatedPeak(n, lag).lag;
     const int twice = static_cast<int>(std::lround(2.0 * once));
     if (twice + 1 >= lags_.max) {
-        return lag;
+        return {};
     }
     int fundamental = twice;
     for (int d = -1; d <= 1; d += 2) {
@@ -373,17 +379,40 @@ int PeriodicityAnalyzer::WithItsFundamental(const double* n, int lag) const noex
             fundamental = twice + d;
         }
     }
+    return {static_cast<int>(std::lround(once)), twice, fundamental};
+}
+
+PeriodicityAnalyzer::CopyRepeats PeriodicityAnalyzer::CopyRepeatsAt(const Octave& octave) const noexcept
+{
+    // Both over the longer lag's window, each at the best of the three lags around it: the
+    // copy is smooth, its peaks broad.
+    const auto window = static_cast<uint64_t>(signal_.Window(octave.twice));
+    return {lowCopy_.BestNear(octave.once, window), lowCopy_.BestNear(octave.twice, window)};
+}
+
+int PeriodicityAnalyzer::WithItsFundamental(const double* n, int lag) const noexcept
+{
+    const Octave octave = OctaveUnder(n, lag);
     // A fundamental under the chosen period lowers the input's own periodicity at that period
     // more than at twice it; without that, the copy need not be asked.
-    if (n[fundamental] < kFundamentalClarity || n[fundamental] <= n[lag]) {
+    if (octave.fundamental == 0 || n[octave.fundamental] < kFundamentalClarity || n[octave.fundamental] <= n[lag]) {
         return lag;
     }
-    // Both compared over the longer lag's window, each at the best of the three lags around
-    // it: the copy is smooth, its peaks broad.
-    const auto window = static_cast<uint64_t>(signal_.Window(twice));
-    const double atOnce = lowCopy_.BestNear(static_cast<int>(std::lround(once)), window);
-    const double atTwice = lowCopy_.BestNear(twice, window);
-    return atTwice >= kFundamentalClarity && atTwice >= atOnce + kFundamentalGain ? fundamental : lag;
+    const CopyRepeats copy = CopyRepeatsAt(octave);
+    return copy.twice >= kFundamentalClarity && copy.twice >= copy.once + kFundamentalGain ? octave.fundamental : lag;
+}
+
+OctaveBelow PeriodicityAnalyzer::JudgeOctaveBelow(const double* n, int lag) const noexcept
+{
+    const Octave octave = OctaveUnder(n, lag);
+    if (octave.fundamental == 0 || n[octave.fundamental] < kFundamentalClarity) {
+        return OctaveBelow::Unknown;
+    }
+    if (n[octave.fundamental] < n[lag] - kBuildingShortfall) {
+        return OctaveBelow::Absent;
+    }
+    const CopyRepeats copy = CopyRepeatsAt(octave);
+    return copy.twice >= copy.once + kBuildingGain ? OctaveBelow::Building : OctaveBelow::Absent;
 }
 
 PeriodEstimate PeriodicityAnalyzer::AnalyseResidual() noexcept

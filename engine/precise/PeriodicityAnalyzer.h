@@ -25,6 +25,7 @@
 #include "Biquad.h"
 #include "DifferenceBank.h"
 #include "HumCanceller.h"
+#include "OctaveBelow.h"
 #include "RecentSignal.h"
 
 #include <cstdint>
@@ -35,6 +36,7 @@ namespace vocato::precise {
 struct PeriodEstimate {
     double frequency = 0.0; // Hz; 0 when no periodic candidate lies in the range
     double clarity = 0.0;   // normalised periodicity of the chosen lag, at most 1
+    OctaveBelow octaveBelow = OctaveBelow::Unknown; // judged only without a preferred frequency
 };
 
 class PeriodicityAnalyzer {
@@ -91,8 +93,24 @@ private:
     int FindKeyMaxima(const double* n, const LagRange& range) noexcept;
     // 0 when no key maximum repeats.
     int ChooseLag(const DifferenceBank& bank, int count, double preferredLag, const LagRange& range) noexcept;
+    // A lag and twice it (both rounded from its interpolated value), where a fundamental an
+    // octave under it repeats, and the best of the three lags around that; all 0 when twice
+    // the lag lies beyond the range.
+    struct Octave {
+        int once = 0;
+        int twice = 0;
+        int fundamental = 0;
+    };
+    Octave OctaveUnder(const double* n, int lag) const noexcept;
+    // How well the low-passed copy repeats at the lag and at twice it.
+    struct CopyRepeats {
+        double once = 0.0;
+        double twice = 0.0;
+    };
+    CopyRepeats CopyRepeatsAt(const Octave& octave) const noexcept;
     // `lag`, or twice it where the low-passed copy shows a fundamental under the chosen period.
     int WithItsFundamental(const double* n, int lag) const noexcept;
+    OctaveBelow JudgeOctaveBelow(const double* n, int lag) const noexcept;
 
     DifferenceBank signal_;
     DifferenceBank residual_;

@@ -70,6 +70,7 @@ void PreciseTracker::Calc(WFETMidiOut* out) noexcept
     FrameFeatures frame;
     frame.frequency = estimate.frequency;
     frame.clarity = estimate.clarity;
+    frame.octaveBelow = estimate.octaveBelow;
     frame.residualFrequency = residual.frequency;
     frame.residualClarity = residual.clarity;
     // Over one period of what remains (5 ms without one), which has no ripple within it.
