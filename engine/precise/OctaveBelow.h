@@ -7,7 +7,9 @@
 namespace vocato::precise {
 
 enum class OctaveBelow : uint8_t {
-    Unknown,  // not judged: a note sounds, or the input repeats too little at twice the period
+    // Not judged: a note sounds, the estimate already lies at that fundamental, or the input
+    // repeats too little at twice the period to tell.
+    Unknown,
     Absent,
     Building, // the low-passed input shows a fundamental coming up under the estimate
 };
