@@ -43,7 +43,8 @@ constexpr double kCutoffFraction = 0.4;
 constexpr double kPickFactor = 0.85;
 // A true period repeats: the waveform also matches itself two periods back. A lag that only
 // matches once (a strong formant harmonic of a chorus or a vowel) is no period; it must keep
-// at least this fraction of its periodicity at twice the lag.
+// at least this fraction of its periodicity at twice the lag, and at every multiple up to the
+// best lag.
 constexpr double kRepeatFactor = 0.5;
 // A sounding note keeps its own lag against an octave jump while its periodicity stays within
 // this factor of the best: a weak fundamental must not flip the note.
@@ -246,6 +247,21 @@ bool PeriodicityAnalyzer::Repeats(const DifferenceBank& bank, KeyMaximum& m, con
     return m.repeats == 1;
 }
 
+bool PeriodicityAnalyzer::RepeatsUpTo(const double* n, const KeyMaximum& m, int bestLag) const noexcept
+{
+    // A period repeats at each of its multiples. One strong partial, a reed's or a vowel's
+    // formant a few octaves over a weak fundamental, repeats at twice its lag as well, but
+    // its neighbours fall out of step with it at the multiples between there and the period.
+    const double lag = InterpolatedPeak(n, m.lag).lag;
+    for (int k = 3; k * lag <= bestLag; ++k) {
+        const auto at = static_cast<int>(k * lag);
+        if (std::max(n[at], n[at + 1]) < kRepeatFactor * m.value) {
+            return false;
+        }
+    }
+    return true;
+}
+
 int PeriodicityAnalyzer::FindKeyMaxima(const double* n, const LagRange& range) noexcept
 {
     // The lobe around lag 0 is no period: key maxima start after the function first goes
@@ -289,6 +305,7 @@ int PeriodicityAnalyzer::ChooseLag(const DifferenceBank& bank, int count, double
     const double* n = bank.Normalised();
     // The best key maximum that repeats, tried from the highest down.
     double best = 0.0;
+    int bestLag = 0;
     for (;;) {
         int top = -1;
         for (int i = 0; i < count; ++i) {
@@ -301,11 +318,13 @@ int PeriodicityAnalyzer::ChooseLag(const DifferenceBank& bank, int count, double
         }
         if (Repeats(bank, keyMaxima_[top], range)) {
             best = keyMaxima_[top].value;
+            bestLag = keyMaxima_[top].lag;
             break;
         }
     }
     int chosen = 0;
-    while (keyMaxima_[chosen].value < kPickFactor * best || !Repeats(bank, keyMaxima_[chosen], range)) {
+    while (keyMaxima_[chosen].value < kPickFactor * best || !Repeats(bank, keyMaxima_[chosen], range) ||
+           !RepeatsUpTo(n, keyMaxima_[chosen], bestLag)) {
         ++chosen;
     }
     const int chosenLag = keyMaxima_[chosen].lag;
