@@ -90,8 +90,8 @@ private:
     double Cancelled(int32_t value) noexcept;
     Peak InterpolatedPeak(const double* n, int lag) const noexcept;
     bool Repeats(const DifferenceBank& bank, KeyMaximum& m, const LagRange& range) const noexcept;
-    // Whether the normalised function `n` also peaks at every further multiple of `m`'s lag up
-    // to `bestLag`.
+    // Whether `m` keeps the repeat check's share of its periodicity in `n` at every further
+    // multiple of its lag up to `bestLag`.
     bool RepeatsUpTo(const double* n, const KeyMaximum& m, int bestLag) const noexcept;
     int FindKeyMaxima(const double* n, const LagRange& range) noexcept;
     // 0 when no key maximum repeats.
